@@ -1,0 +1,30 @@
+// Administration of the file that stands in for the registry. None of this exists on the real platform, so
+// only tools, tests and benchmarks include this header, never the component.
+#pragma once
+
+#include "moxel/platform/registry.h"
+
+#pragma GCC visibility push(default)
+extern "C" {
+
+// From RegFileBegin to RegFileCommit or RegFileRollback the calling thread's registry calls form one
+// transaction: other threads and processes see all of it or nothing. It holds the write lock, so keep it
+// short. ERROR_SUCCESS, or the code of the failure (ERROR_BUSY where another writer does not finish). A
+// second RegFileBegin on the same thread, or an end without a begin: ERROR_INVALID_PARAMETER. A fork or a
+// failed commit rolls everything back; the commit then reports it.
+LSTATUS RegFileBegin(void);
+LSTATUS RegFileCommit(void);
+LSTATUS RegFileRollback(void);
+
+// Checks the whole file. ERROR_SUCCESS when it is sound (a missing file is), ERROR_BADDB when not,
+// RegFileCause saying what was found.
+LSTATUS RegFileCheck(void);
+
+// The path of the file and, in one line, why the calling thread's last failing registry call failed in the
+// file (for example "/srv/registry.db: file is not a database"); "" when it did not. UTF-8, valid until the
+// thread's next call.
+LPCSTR RegFileCause(void);
+LPCSTR RegFilePath(void);
+
+}  // extern "C"
+#pragma GCC visibility pop

@@ -1,0 +1,259 @@
+#include "platform/registry/connection.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <thread>
+
+#include "platform/registry/failure.h"
+
+namespace moxel::platform {
+namespace {
+
+// How long a call waits for another writer before it gives up with ERROR_BUSY.
+constexpr std::chrono::seconds kLockTimeout{10};
+
+LSTATUS CodeOfOpenError(int error_number) {
+  switch (error_number) {
+    case ENOENT:
+    case ENOTDIR: return ERROR_PATH_NOT_FOUND;
+    case EACCES:
+    case EPERM:
+    case EROFS:
+    case EISDIR: return ERROR_ACCESS_DENIED;
+    case ENOSPC:
+    case EDQUOT: return ERROR_DISK_FULL;
+    default: return ERROR_REGISTRY_IO_FAILED;
+  }
+}
+
+LSTATUS CodeOf(int sqlite_code, int error_number) {
+  switch (sqlite_code & 0xFF) {
+    case SQLITE_ERROR:  // the tables are not what they must be
+    case SQLITE_CORRUPT:
+    case SQLITE_NOTADB:
+    case SQLITE_FORMAT: return ERROR_BADDB;
+    case SQLITE_BUSY:
+    case SQLITE_LOCKED: return ERROR_BUSY;
+    case SQLITE_READONLY:
+    case SQLITE_PERM:
+    case SQLITE_AUTH: return ERROR_ACCESS_DENIED;
+    case SQLITE_FULL: return ERROR_DISK_FULL;
+    case SQLITE_NOMEM:
+    case SQLITE_TOOBIG: return ERROR_OUTOFMEMORY;
+    case SQLITE_CANTOPEN: return CodeOfOpenError(error_number);
+    default:
+      return error_number == ENOSPC || error_number == EDQUOT ? ERROR_DISK_FULL : ERROR_REGISTRY_IO_FAILED;
+  }
+}
+
+[[noreturn]] void Fail(sqlite3* database, int code, const std::string& path) {
+  int error_number = database ? sqlite3_system_errno(database) : 0;
+  std::string reason = database ? sqlite3_errmsg(database) : sqlite3_errstr(code);
+  bool system_failure = (code & 0xFF) == SQLITE_CANTOPEN || (code & 0xFF) == SQLITE_IOERR;
+  if (system_failure && error_number != 0) reason += std::string(" (") + std::strerror(error_number) + ")";
+  throw RegistryFailure(CodeOf(code, error_number), path + ": " + reason);
+}
+
+// A file name as an SQLite URI for a file that is read without a log and without locks.
+std::string BareFileUri(const std::string& path) {
+  std::string uri = "file:";
+  for (char c : path) {
+    static constexpr char kHex[] = "0123456789ABCDEF";
+    auto byte = static_cast<unsigned char>(c);
+    if (std::strchr("%?#", c) != nullptr) {
+      uri += {'%', kHex[byte >> 4], kHex[byte & 15]};
+    } else {
+      uri += c;
+    }
+  }
+  return uri + "?immutable=1";
+}
+
+}  // namespace
+
+Statement::Statement(sqlite3* database, const std::string& path, const char* sql) : path_(&path) {
+  sqlite3_stmt* handle = nullptr;
+  int code = sqlite3_prepare_v3(database, sql, -1, SQLITE_PREPARE_PERSISTENT, &handle, nullptr);
+  if (code != SQLITE_OK) Fail(database, code, path);
+  handle_.reset(handle);
+}
+
+Statement& Statement::Bind(int index, std::int64_t value) {
+  sqlite3_bind_int64(handle_.get(), index, value);
+  return *this;
+}
+
+Statement& Statement::Bind(int index, std::string_view text) {
+  sqlite3_bind_text64(handle_.get(), index, text.data() ? text.data() : "", text.size(), SQLITE_STATIC,
+                      SQLITE_UTF8);
+  return *this;
+}
+
+Statement& Statement::BindBlob(int index, std::string_view bytes) {
+  sqlite3_bind_blob64(handle_.get(), index, bytes.data() ? bytes.data() : "", bytes.size(), SQLITE_STATIC);
+  return *this;
+}
+
+bool Statement::Step() {
+  int code = sqlite3_step(handle_.get());
+  if (code == SQLITE_ROW) return true;
+  if (code == SQLITE_DONE) return false;
+  Fail(sqlite3_db_handle(handle_.get()), code, *path_);
+}
+
+std::string_view Statement::Text(int column) const {
+  const void* bytes = sqlite3_column_blob(handle_.get(), column);
+  return {static_cast<const char*>(bytes),
+          static_cast<std::size_t>(sqlite3_column_bytes(handle_.get(), column))};
+}
+
+Connection::Connection(const std::string& path, Access access, bool create)
+    : path_(path), bare_(access == Access::kReadBareFile) {
+  if (bare_) stamp_ = StampOf(path);
+  int flags = SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
+  flags |= access == Access::kWrite ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY;
+  if (create) flags |= SQLITE_OPEN_CREATE;
+  if (bare_) flags |= SQLITE_OPEN_URI;
+  sqlite3* database = nullptr;
+  int code = sqlite3_open_v2((bare_ ? BareFileUri(path) : path).c_str(), &database, flags, nullptr);
+  database_.reset(database);
+  if (code != SQLITE_OK) Fail(database, code, path);
+  sqlite3_busy_handler(database, &Connection::WaitForLock, this);
+  Execute("PRAGMA synchronous = NORMAL");
+  Execute("PRAGMA cache_size = -65536");
+}
+
+std::unique_ptr<Connection> Connection::OpenExisting(const std::string& path) {
+  struct stat status;
+  if (::stat(path.c_str(), &status) != 0) {
+    if (errno == ENOENT) return nullptr;
+    throw RegistryFailure(CodeOfOpenError(errno), path + ": " + std::strerror(errno));
+  }
+  if (S_ISDIR(status.st_mode)) throw RegistryFailure(ERROR_ACCESS_DENIED, path + ": is a directory");
+  if (::access(path.c_str(), R_OK) != 0)
+    throw RegistryFailure(CodeOfOpenError(errno), path + ": " + std::strerror(errno));
+  Access access = ::access(path.c_str(), W_OK) == 0 ? Access::kWrite : Access::kRead;
+  std::unique_ptr<Connection> connection(new Connection(path, access, false));
+  try {
+    if (connection->Recognize()) return connection;
+    return nullptr;
+  } catch (const RegistryFailure&) {
+    // Without a log beside the file, an account that may not create one can only read the bare file.
+    if (StampOf(path).has_log) throw;
+    int code = sqlite3_errcode(connection->database_.get());
+    if (code != SQLITE_CANTOPEN && code != SQLITE_READONLY) throw;
+  }
+  connection.reset(new Connection(path, Access::kReadBareFile, false));
+  return connection->Recognize() ? std::move(connection) : nullptr;
+}
+
+std::unique_ptr<Connection> Connection::OpenForReading(const std::string& path) { return OpenExisting(path); }
+
+std::unique_ptr<Connection> Connection::OpenForWriting(const std::string& path) {
+  if (auto existing = OpenExisting(path)) return existing;
+  std::unique_ptr<Connection> connection(new Connection(path, Access::kWrite, true));
+  connection->Create();
+  return connection;
+}
+
+bool Connection::Recognize() {
+  Transaction whole(*this, Transaction::Kind::kRead);
+  auto read_integer = [this](const char* sql) {
+    Statement statement = Prepare(sql);
+    return statement.Step() ? statement.Integer(0) : 0;
+  };
+  std::int64_t application = read_integer("PRAGMA application_id");
+  std::int64_t version = read_integer("PRAGMA user_version");
+  std::int64_t objects = read_integer("SELECT count(*) FROM sqlite_schema");
+  whole.Commit();
+  if (application == 0 && version == 0 && objects == 0) return false;
+  if (application != kApplicationId) throw RegistryFailure(ERROR_BADDB, path_ + ": is not a registry file");
+  if (version > kSchemaVersion)
+    throw RegistryFailure(ERROR_BADDB, path_ + ": was written by a newer version of this program");
+  return true;
+}
+
+void Connection::Create() {
+  if (!Recognize()) SwitchToLog();
+  Transaction whole(*this, Transaction::Kind::kWrite);
+  if (!Recognize()) {
+    Execute(kCreateSchema);
+    Execute(("PRAGMA application_id = " + std::to_string(kApplicationId)).c_str());
+    Execute(("PRAGMA user_version = " + std::to_string(kSchemaVersion)).c_str());
+  }
+  whole.Commit();
+}
+
+// SQLite does not wait by itself where several processes turn a new file to write-ahead logging at once.
+void Connection::SwitchToLog() {
+  for (auto deadline = std::chrono::steady_clock::now() + kLockTimeout;;) {
+    int code = sqlite3_exec(database_.get(), "PRAGMA journal_mode = WAL", nullptr, nullptr, nullptr);
+    if (code == SQLITE_OK) return;
+    if ((code & 0xFF) != SQLITE_BUSY || std::chrono::steady_clock::now() > deadline)
+      Fail(database_.get(), code, path_);
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+}
+
+int Connection::WaitForLock(void* self, int attempts) {
+  auto* connection = static_cast<Connection*>(self);
+  auto now = std::chrono::steady_clock::now();
+  if (attempts == 0) connection->waiting_since_ = now;
+  if (now - connection->waiting_since_ > kLockTimeout) return 0;
+  std::this_thread::sleep_for(std::chrono::microseconds(50) * std::min(attempts + 1, 100));
+  return 1;
+}
+
+Statement& Connection::Get(Sql sql) {
+  auto& statement = statements_[static_cast<std::size_t>(sql)];
+  if (!statement) statement = std::make_unique<Statement>(database_.get(), path_, TextOf(sql));
+  return *statement;
+}
+
+void Connection::Execute(const char* sql) {
+  int code = sqlite3_exec(database_.get(), sql, nullptr, nullptr, nullptr);
+  if (code != SQLITE_OK) Fail(database_.get(), code, path_);
+}
+
+Connection::Stamp Connection::StampOf(const std::string& path) {
+  struct stat status {};
+  Stamp stamp{};
+  stamp.has_log = ::stat((path + "-wal").c_str(), &status) == 0;
+  status = {};
+  if (::stat(path.c_str(), &status) == 0) {
+    stamp.inode = status.st_ino;
+    stamp.size = status.st_size;
+    stamp.modified = std::int64_t{status.st_mtim.tv_sec} * 1'000'000'000 + status.st_mtim.tv_nsec;
+  }
+  return stamp;
+}
+
+bool Connection::outdated() const { return bare_ && StampOf(path_) != stamp_; }
+
+Transaction::Transaction(Connection& connection, Kind kind)
+    : connection_(connection), nested_(connection.in_transaction()) {
+  if (nested_)
+    connection_.Execute("SAVEPOINT nested");
+  else
+    connection_.Execute(kind == Kind::kWrite ? "BEGIN IMMEDIATE" : "BEGIN");
+}
+
+void Transaction::Commit() {
+  connection_.Execute(nested_ ? "RELEASE nested" : "COMMIT");
+  open_ = false;
+}
+
+Transaction::~Transaction() {
+  if (!open_ || !connection_.in_transaction()) return;
+  try {
+    connection_.Execute(nested_ ? "ROLLBACK TO nested; RELEASE nested" : "ROLLBACK");
+  } catch (const RegistryFailure&) {
+    // SQLite has rolled back by itself; there is nothing left to undo.
+  }
+}
+
+}  // namespace moxel::platform

@@ -1,0 +1,131 @@
+// SQLite behind small owners: a connection that knows how to open, recognise and create a registry file, its
+// prepared statements, and transactions.
+#pragma once
+
+#include <sqlite3.h>
+#include <sys/stat.h>
+
+#include <array>
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "platform/registry/schema.h"
+
+namespace moxel::platform {
+
+// One prepared statement. Bind, then Step until false; Row() must not outlive the next Reset.
+class Statement {
+ public:
+  Statement(sqlite3* database, const std::string& path, const char* sql);
+
+  Statement& Bind(int index, std::int64_t value);
+  Statement& Bind(int index, std::string_view text);
+  Statement& BindBlob(int index, std::string_view bytes);
+
+  // True when a row is there. RegistryFailure on any failure.
+  bool Step();
+  void Reset() { sqlite3_reset(handle_.get()); }
+
+  bool IsNull(int column) const { return sqlite3_column_type(handle_.get(), column) == SQLITE_NULL; }
+  std::int64_t Integer(int column) const { return sqlite3_column_int64(handle_.get(), column); }
+  // Valid until the next Step or Reset.
+  std::string_view Text(int column) const;
+
+ private:
+  struct Finalizer {
+    void operator()(sqlite3_stmt* handle) const { sqlite3_finalize(handle); }
+  };
+  std::unique_ptr<sqlite3_stmt, Finalizer> handle_;
+  const std::string* path_;
+};
+
+// Lends a statement for one use and resets it afterwards, which ends the implicit transaction.
+class Query {
+ public:
+  explicit Query(Statement& statement) : statement_(statement) {}
+  ~Query() { statement_.Reset(); }
+  Query(const Query&) = delete;
+  Query& operator=(const Query&) = delete;
+  Statement* operator->() { return &statement_; }
+  Statement& operator*() { return statement_; }
+
+ private:
+  Statement& statement_;
+};
+
+class Connection {
+ public:
+  // Opens a registry file. Null when there is none, or an empty file that no writer has made a registry yet:
+  // an empty hive.
+  static std::unique_ptr<Connection> OpenForReading(const std::string& path);
+  // Opens a registry file, or creates it.
+  static std::unique_ptr<Connection> OpenForWriting(const std::string& path);
+
+  Statement& Get(Sql sql);
+  Statement Prepare(const char* sql) { return Statement(database_.get(), path_, sql); }
+  void Execute(const char* sql);
+
+  const std::string& path() const { return path_; }
+  bool writable() const { return !sqlite3_db_readonly(database_.get(), "main"); }
+  std::int64_t changes() const { return sqlite3_changes64(database_.get()); }
+  bool in_transaction() const { return sqlite3_get_autocommit(database_.get()) == 0; }
+  // True for a connection that reads the bare file, without a log, once the file or its log changed: it must
+  // be reopened.
+  bool outdated() const;
+
+ private:
+  enum class Access { kWrite, kRead, kReadBareFile };
+
+  // What tells that a file read without its log has changed.
+  struct Stamp {
+    bool has_log;
+    ino_t inode;
+    off_t size;
+    std::int64_t modified;
+    bool operator==(const Stamp&) const = default;
+  };
+
+  struct Closer {
+    void operator()(sqlite3* database) const { sqlite3_close_v2(database); }
+  };
+
+  Connection(const std::string& path, Access access, bool create);
+  static std::unique_ptr<Connection> OpenExisting(const std::string& path);
+  static Stamp StampOf(const std::string& path);
+  static int WaitForLock(void* self, int attempts);
+
+  // True when the file is a registry, false when it is empty; RegistryFailure when it is anything else.
+  bool Recognize();
+  void Create();
+  void SwitchToLog();
+
+  const std::string path_;
+  const bool bare_;
+  Stamp stamp_{};
+  std::chrono::steady_clock::time_point waiting_since_{};
+  std::unique_ptr<sqlite3, Closer> database_;
+  std::array<std::unique_ptr<Statement>, kSqlCount> statements_;
+};
+
+// A transaction over several statements; inside a batch it is a savepoint of the batch. Rolled back unless
+// committed.
+class Transaction {
+ public:
+  enum class Kind { kRead, kWrite };
+
+  Transaction(Connection& connection, Kind kind);
+  ~Transaction();
+  Transaction(const Transaction&) = delete;
+  Transaction& operator=(const Transaction&) = delete;
+  void Commit();
+
+ private:
+  Connection& connection_;
+  const bool nested_;
+  bool open_ = true;
+};
+
+}  // namespace moxel::platform

@@ -1,0 +1,64 @@
+#include "platform/registry/handles.h"
+
+#include "platform/registry/failure.h"
+
+namespace moxel::platform {
+namespace {
+
+constexpr HKEY kHandleStep = 4;
+
+}  // namespace
+
+HandleTable& HandleTable::Instance() {
+  static HandleTable* const table =
+      new HandleTable;  // clients close handles until the very end of the process
+  return *table;
+}
+
+HandleTable::HandleTable() {
+  records_[HKEY_LOCAL_MACHINE] = {{kRootKey, KEY_ALL_ACCESS}, nullptr};
+  records_[HKEY_CLASSES_ROOT] = {{0, KEY_ALL_ACCESS}, nullptr};
+}
+
+HandleTable::Record& HandleTable::Find(HKEY handle) {
+  auto found = records_.find(handle);
+  if (found == records_.end()) throw RegistryFailure(ERROR_INVALID_HANDLE);
+  return found->second;
+}
+
+// Numbers are used in turn, so that a handle closed twice does not close another's.
+HKEY HandleTable::Open(KeyHandle handle) {
+  std::lock_guard lock(mutex_);
+  while (records_.count(next_) != 0) next_ += kHandleStep;
+  HKEY number = next_;
+  records_[number] = {handle, nullptr};
+  next_ = number + kHandleStep < HKEY_CLASSES_ROOT ? number + kHandleStep : 0x100;
+  return number;
+}
+
+void HandleTable::Close(HKEY handle) {
+  std::lock_guard lock(mutex_);
+  Find(handle);
+  if (handle < HKEY_CLASSES_ROOT) records_.erase(handle);
+}
+
+KeyHandle HandleTable::Get(HKEY handle) {
+  std::lock_guard lock(mutex_);
+  return Find(handle).handle;
+}
+
+Positions HandleTable::GetPositions(HKEY handle) {
+  std::lock_guard lock(mutex_);
+  const Record& record = Find(handle);
+  return record.positions ? *record.positions : Positions{};
+}
+
+void HandleTable::SetPositions(HKEY handle, const Positions& positions) {
+  std::lock_guard lock(mutex_);
+  auto found = records_.find(handle);
+  if (found == records_.end()) return;  // closed meanwhile by another thread
+  if (!found->second.positions) found->second.positions = std::make_unique<Positions>();
+  *found->second.positions = positions;
+}
+
+}  // namespace moxel::platform

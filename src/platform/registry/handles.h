@@ -1,0 +1,55 @@
+// Key handles: small numbers for small records. A record holds no statement and no transaction, so a handle
+// that is never closed costs a few bytes and blocks nobody.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <unordered_map>
+
+#include "platform/registry/enumeration.h"
+
+namespace moxel::platform {
+
+struct KeyHandle {
+  KeyId key = 0;
+  REGSAM access = 0;
+};
+
+// Where the enumerations through one handle stand.
+struct Positions {
+  SubkeyPosition subkeys;
+  ValuePosition values;
+};
+
+// All handles of the process, shared by its threads. Unknown handles: RegistryFailure ERROR_INVALID_HANDLE.
+class HandleTable {
+ public:
+  static HandleTable& Instance();
+
+  HKEY Open(KeyHandle handle);
+  void Close(HKEY handle);
+  KeyHandle Get(HKEY handle);
+
+  Positions GetPositions(HKEY handle);
+  void SetPositions(HKEY handle, const Positions& positions);
+
+  // For the moment of a fork only.
+  void Lock() { mutex_.lock(); }
+  void Unlock() { mutex_.unlock(); }
+
+ private:
+  struct Record {
+    KeyHandle handle;
+    std::unique_ptr<Positions> positions;
+  };
+
+  HandleTable();
+  Record& Find(HKEY handle);
+
+  std::mutex mutex_;
+  std::unordered_map<HKEY, Record> records_;
+  HKEY next_ = 0x100;
+};
+
+}  // namespace moxel::platform

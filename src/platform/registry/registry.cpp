@@ -1,0 +1,341 @@
+// The nine entry points.
+#include <algorithm>
+#include <cstring>
+
+#include "platform/registry/calls.h"
+#include "platform/registry/enumeration.h"
+#include "platform/registry/failure.h"
+#include "platform/registry/handles.h"
+#include "platform/registry/key_name.h"
+#include "platform/registry/session.h"
+
+namespace moxel::platform {
+namespace {
+
+// "SOFTWARE\Classes", what HKEY_CLASSES_ROOT stands for.
+const Name& ClassesPath() {
+  static const Name path = MakePath("SOFTWARE\\Classes");
+  return path;
+}
+
+// For calls that ask only for a handle that is open.
+constexpr REGSAM kAnyRight = ~REGSAM{0};
+
+REGSAM ExpandGenericRights(REGSAM access) {
+  if (access & GENERIC_READ) access |= KEY_READ;
+  if (access & GENERIC_WRITE) access |= KEY_WRITE;
+  if (access & GENERIC_ALL) access |= KEY_ALL_ACCESS;
+  return access;
+}
+
+bool HasWriteRight(REGSAM access) { return (access & (KEY_SET_VALUE | KEY_CREATE_SUB_KEY)) != 0; }
+
+// What a handle opened with these rights is granted. ERROR_ACCESS_DENIED for a write right on a file that may
+// not be written.
+REGSAM Grant(Session::Lease& lease, REGSAM wanted) {
+  REGSAM access = ExpandGenericRights(wanted);
+  if (wanted & MAXIMUM_ALLOWED) access |= lease.MayWrite() ? KEY_ALL_ACCESS : KEY_READ;
+  if (HasWriteRight(access) && !lease.MayWrite()) throw RegistryFailure(ERROR_ACCESS_DENIED);
+  return access;
+}
+
+KeyId FindKey(Connection* connection, const Name& path) {
+  if (path.folded.empty()) return kRootKey;
+  if (!connection) return 0;
+  Query query(connection->Get(Sql::kFindKey));
+  query->Bind(1, path.folded);
+  return query->Step() ? query->Integer(0) : 0;
+}
+
+// The path of a handle's key. ERROR_KEY_DELETED when the key is gone.
+Name PathOf(Connection* connection, HKEY handle) {
+  KeyHandle opened = HandleTable::Instance().Get(handle);
+  if (handle == HKEY_LOCAL_MACHINE) return {};
+  if (handle == HKEY_CLASSES_ROOT) return ClassesPath();
+  if (!connection) throw RegistryFailure(ERROR_KEY_DELETED);
+  Query query(connection->Get(Sql::kPathOfKey));
+  query->Bind(1, opened.key);
+  if (!query->Step()) throw RegistryFailure(ERROR_KEY_DELETED);
+  std::string path(query->Text(0));
+  return {path, path};  // it exists, so nothing is created under its text
+}
+
+void RequireRight(HKEY handle, REGSAM right) {
+  if ((HandleTable::Instance().Get(handle).access & right) == 0) throw RegistryFailure(ERROR_ACCESS_DENIED);
+}
+
+bool IsPredefined(HKEY handle) { return handle >= HKEY_CLASSES_ROOT; }
+
+// The key behind a handle; 0 where HKEY_CLASSES_ROOT stands for a key that does not exist yet.
+KeyId KeyOf(Connection* connection, HKEY handle) {
+  if (handle == HKEY_CLASSES_ROOT) return FindKey(connection, ClassesPath());
+  if (!connection && !IsPredefined(handle)) throw RegistryFailure(ERROR_KEY_DELETED);
+  return HandleTable::Instance().Get(handle).key;
+}
+
+// Creates what is missing of a path, inside a write transaction.
+KeyId AddPath(Connection& connection, const Name& path) {
+  KeyId parent = kRootKey;
+  for (std::size_t begin = 0; begin < path.folded.size();) {
+    std::size_t end = std::min(path.folded.find('\\', begin), path.folded.size());
+    Name upto{path.text.substr(0, end), path.folded.substr(0, end)};
+    KeyId key = FindKey(&connection, upto);
+    if (key == 0) {
+      Query query(connection.Get(Sql::kAddKey));
+      std::string_view name = std::string_view(path.text).substr(begin, end - begin);
+      query->Bind(1, parent).Bind(2, upto.folded).Bind(3, name);
+      query->Step();
+      key = query->Integer(0);
+      query->Step();
+    }
+    parent = key;
+    begin = end + 1;
+  }
+  return parent;
+}
+
+// Copies a text with its NUL into a caller's buffer of *capacity characters and reports the length without
+// it.
+LSTATUS CopyName(const std::string& utf8, LPSTR buffer, DWORD* capacity) {
+  std::string name = ToAnsi(utf8);
+  if (name.size() >= *capacity) return ERROR_MORE_DATA;
+  std::memcpy(buffer, name.c_str(), name.size() + 1);
+  *capacity = static_cast<DWORD>(name.size());
+  return ERROR_SUCCESS;
+}
+
+// Copies a value's data where the caller gave an area for it, and reports its size.
+LSTATUS CopyData(std::string_view data, BYTE* area, DWORD* size) {
+  if (!size) return ERROR_SUCCESS;
+  DWORD capacity = *size;
+  *size = static_cast<DWORD>(data.size());
+  if (!area) return ERROR_SUCCESS;
+  if (data.size() > capacity) return ERROR_MORE_DATA;
+  if (!data.empty()) std::memcpy(area, data.data(), data.size());
+  return ERROR_SUCCESS;
+}
+
+LSTATUS OpenKey(HKEY handle, LPCSTR subkey, REGSAM wanted, HKEY* result) {
+  if (!result) return ERROR_INVALID_PARAMETER;
+  *result = 0;
+  auto lease = Session::OfThisThread().Use();
+  Name relative = MakePath(subkey);
+  RequireRight(handle, kAnyRight);
+  Connection* connection = lease.ForReading();
+  Name path = JoinPaths(PathOf(connection, handle), relative);
+  KeyId key = FindKey(connection, path);
+  if (key == 0) return ERROR_FILE_NOT_FOUND;
+  *result = HandleTable::Instance().Open({key, Grant(lease, wanted)});
+  return ERROR_SUCCESS;
+}
+
+LSTATUS CreateKey(HKEY handle, LPCSTR subkey, REGSAM wanted, HKEY* result, DWORD* disposition) {
+  if (!result || !subkey) return ERROR_INVALID_PARAMETER;
+  *result = 0;
+  auto lease = Session::OfThisThread().Use();
+  Name relative = MakePath(subkey);
+  if (HasOverlongLevel(relative)) return ERROR_INVALID_PARAMETER;
+  RequireRight(handle, kAnyRight);
+  Connection* existing = lease.ForReading();
+  Name path = JoinPaths(PathOf(existing, handle), relative);
+  if (std::count(path.folded.begin(), path.folded.end(), '\\') >= kMaxDepth) return ERROR_INVALID_PARAMETER;
+  KeyId key = FindKey(existing, path);
+  bool created = key == 0;
+  if (created) {
+    if (!lease.MayWrite()) return ERROR_ACCESS_DENIED;
+    Connection& connection = lease.ForWriting();
+    Transaction whole(connection, Transaction::Kind::kWrite);
+    PathOf(&connection, handle);  // nothing is created under a key that was deleted meanwhile
+    created = FindKey(&connection, path) == 0;
+    key = AddPath(connection, path);
+    whole.Commit();
+  }
+  *result = HandleTable::Instance().Open({key, Grant(lease, wanted)});
+  if (disposition) *disposition = created ? REG_CREATED_NEW_KEY : REG_OPENED_EXISTING_KEY;
+  return ERROR_SUCCESS;
+}
+
+LSTATUS QueryValue(HKEY handle, LPCSTR value_name, DWORD* type, BYTE* data, DWORD* size) {
+  if (data && !size) return ERROR_INVALID_PARAMETER;
+  auto lease = Session::OfThisThread().Use();
+  Name name = MakeName(value_name ? value_name : "");
+  RequireRight(handle, KEY_QUERY_VALUE);
+  Connection* connection = lease.ForReading();
+  if (KeyId key = KeyOf(connection, handle); connection && key != 0) {
+    Query query(connection->Get(Sql::kFindValue));
+    query->Bind(1, key).Bind(2, name.folded);
+    if (!query->Step()) return ERROR_KEY_DELETED;
+    if (!query->IsNull(0)) {
+      if (type) *type = static_cast<DWORD>(query->Integer(0));
+      return CopyData(query->Text(1), data, size);
+    }
+  }
+  if (type) *type = REG_NONE;
+  if (size && !data) *size = 0;
+  return ERROR_FILE_NOT_FOUND;
+}
+
+LSTATUS SetValue(HKEY handle, LPCSTR value_name, DWORD type, const BYTE* data, DWORD size) {
+  if (!data && size != 0) return ERROR_NOACCESS;
+  auto lease = Session::OfThisThread().Use();
+  Name name = MakeName(value_name ? value_name : "");
+  if (std::strlen(value_name ? value_name : "") > kMaxValueNameLength) return ERROR_INVALID_PARAMETER;
+  std::string bytes;
+  if (size != 0) bytes.assign(reinterpret_cast<const char*>(data), size);
+  if (type == REG_SZ && !bytes.empty() && bytes.back() != '\0') bytes.push_back('\0');
+  RequireRight(handle, KEY_SET_VALUE);
+  if (!lease.MayWrite()) return ERROR_ACCESS_DENIED;
+  Connection& connection = lease.ForWriting();
+  KeyId key = KeyOf(&connection, handle);
+  if (key == 0) {
+    Transaction whole(connection, Transaction::Kind::kWrite);
+    key = AddPath(connection, ClassesPath());
+    whole.Commit();
+  }
+  Query query(connection.Get(Sql::kSetValue));
+  query->Bind(1, key).Bind(2, name.folded).Bind(3, name.text).Bind(4, std::int64_t{type}).BindBlob(5, bytes);
+  query->Step();
+  return connection.changes() == 1 ? ERROR_SUCCESS : ERROR_KEY_DELETED;
+}
+
+LSTATUS EnumKey(HKEY handle, DWORD index, LPSTR name, DWORD* name_length, LPSTR class_name,
+                DWORD* class_length, FILETIME* written) {
+  if (!name || !name_length) return ERROR_INVALID_PARAMETER;
+  auto lease = Session::OfThisThread().Use();
+  RequireRight(handle, KEY_ENUMERATE_SUB_KEYS);
+  Connection* connection = lease.ForReading();
+  KeyId key = KeyOf(connection, handle);
+  if (!connection || key == 0) return ERROR_NO_MORE_ITEMS;
+  HandleTable& handles = HandleTable::Instance();
+  Positions positions = handles.GetPositions(handle);
+  auto entry = SubkeyAt(*connection, key, index, positions.subkeys);
+  handles.SetPositions(handle, positions);
+  if (!entry) return ERROR_NO_MORE_ITEMS;
+  LSTATUS result = CopyName(entry->name, name, name_length);
+  if (result != ERROR_SUCCESS) return result;
+  // Keys carry neither a class nor a time here.
+  if (class_name && class_length && *class_length > 0) *class_name = '\0';
+  if (class_length) *class_length = 0;
+  if (written) *written = {};
+  return ERROR_SUCCESS;
+}
+
+LSTATUS EnumValue(HKEY handle, DWORD index, LPSTR name, DWORD* name_length, DWORD* type, BYTE* data,
+                  DWORD* size) {
+  if (!name || !name_length || (data && !size)) return ERROR_INVALID_PARAMETER;
+  auto lease = Session::OfThisThread().Use();
+  RequireRight(handle, KEY_QUERY_VALUE);
+  Connection* connection = lease.ForReading();
+  KeyId key = KeyOf(connection, handle);
+  if (!connection || key == 0) return ERROR_NO_MORE_ITEMS;
+  HandleTable& handles = HandleTable::Instance();
+  Positions positions = handles.GetPositions(handle);
+  auto entry = ValueAt(*connection, key, index, positions.values);
+  handles.SetPositions(handle, positions);
+  if (!entry) return ERROR_NO_MORE_ITEMS;
+  if (type) *type = entry->type;
+  DWORD room = size ? *size : 0;
+  LSTATUS name_result = CopyName(entry->name, name, name_length);
+  if (name_result != ERROR_SUCCESS) {
+    if (size) *size = static_cast<DWORD>(entry->data.size());
+    return name_result;
+  }
+  if (size) *size = room;
+  return CopyData(entry->data, data, size);
+}
+
+LSTATUS DeleteKey(HKEY handle, LPCSTR subkey) {
+  if (!subkey) return ERROR_INVALID_PARAMETER;
+  auto lease = Session::OfThisThread().Use();
+  Name relative = MakePath(subkey);
+  RequireRight(handle, kAnyRight);
+  Connection* existing = lease.ForReading();
+  Name path = JoinPaths(PathOf(existing, handle), relative);
+  if (FindKey(existing, path) == 0) return ERROR_FILE_NOT_FOUND;
+  if (path.folded.empty() || !lease.MayWrite()) return ERROR_ACCESS_DENIED;
+  Connection& connection = lease.ForWriting();
+  Transaction whole(connection, Transaction::Kind::kWrite);
+  KeyId key = FindKey(&connection, path);
+  if (key == 0) return ERROR_FILE_NOT_FOUND;
+  {
+    Query query(connection.Get(Sql::kHasSubkeys));
+    query->Bind(1, key);
+    if (query->Step()) return ERROR_ACCESS_DENIED;
+  }
+  {
+    Query query(connection.Get(Sql::kDeleteKey));
+    query->Bind(1, key);
+    query->Step();
+  }
+  whole.Commit();
+  return ERROR_SUCCESS;
+}
+
+LSTATUS DeleteValue(HKEY handle, LPCSTR value_name) {
+  auto lease = Session::OfThisThread().Use();
+  Name name = MakeName(value_name ? value_name : "");
+  RequireRight(handle, KEY_SET_VALUE);
+  Connection* existing = lease.ForReading();
+  KeyId key = KeyOf(existing, handle);
+  PathOf(existing, handle);  // reports a key that was deleted
+  if (!existing || key == 0) return ERROR_FILE_NOT_FOUND;
+  if (!lease.MayWrite()) return ERROR_ACCESS_DENIED;
+  Connection& connection = lease.ForWriting();
+  Query query(connection.Get(Sql::kDeleteValue));
+  query->Bind(1, key).Bind(2, name.folded);
+  query->Step();
+  return connection.changes() == 1 ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;
+}
+
+}  // namespace
+}  // namespace moxel::platform
+
+using moxel::platform::Answer;
+
+LSTATUS RegOpenKeyExA(HKEY hKey, LPCSTR lpSubKey, DWORD, REGSAM samDesired, HKEY* phkResult) {
+  return Answer([&] { return moxel::platform::OpenKey(hKey, lpSubKey, samDesired, phkResult); });
+}
+
+LSTATUS RegCreateKeyExA(HKEY hKey, LPCSTR lpSubKey, DWORD, LPSTR, DWORD, REGSAM samDesired,
+                        const SECURITY_ATTRIBUTES*, HKEY* phkResult, DWORD* lpdwDisposition) {
+  return Answer(
+      [&] { return moxel::platform::CreateKey(hKey, lpSubKey, samDesired, phkResult, lpdwDisposition); });
+}
+
+LSTATUS RegQueryValueExA(HKEY hKey, LPCSTR lpValueName, DWORD*, DWORD* lpType, BYTE* lpData,
+                         DWORD* lpcbData) {
+  return Answer([&] { return moxel::platform::QueryValue(hKey, lpValueName, lpType, lpData, lpcbData); });
+}
+
+LSTATUS RegSetValueExA(HKEY hKey, LPCSTR lpValueName, DWORD, DWORD dwType, const BYTE* lpData, DWORD cbData) {
+  return Answer([&] { return moxel::platform::SetValue(hKey, lpValueName, dwType, lpData, cbData); });
+}
+
+LSTATUS RegEnumKeyExA(HKEY hKey, DWORD dwIndex, LPSTR lpName, DWORD* lpcchName, DWORD*, LPSTR lpClass,
+                      DWORD* lpcchClass, FILETIME* lpftLastWriteTime) {
+  return Answer([&] {
+    return moxel::platform::EnumKey(hKey, dwIndex, lpName, lpcchName, lpClass, lpcchClass, lpftLastWriteTime);
+  });
+}
+
+LSTATUS RegEnumValueA(HKEY hKey, DWORD dwIndex, LPSTR lpValueName, DWORD* lpcchValueName, DWORD*,
+                      DWORD* lpType, BYTE* lpData, DWORD* lpcbData) {
+  return Answer([&] {
+    return moxel::platform::EnumValue(hKey, dwIndex, lpValueName, lpcchValueName, lpType, lpData, lpcbData);
+  });
+}
+
+LSTATUS RegDeleteKeyA(HKEY hKey, LPCSTR lpSubKey) {
+  return Answer([&] { return moxel::platform::DeleteKey(hKey, lpSubKey); });
+}
+
+LSTATUS RegDeleteValueA(HKEY hKey, LPCSTR lpValueName) {
+  return Answer([&] { return moxel::platform::DeleteValue(hKey, lpValueName); });
+}
+
+LSTATUS RegCloseKey(HKEY hKey) {
+  return Answer([&] {
+    moxel::platform::HandleTable::Instance().Close(hKey);
+    return ERROR_SUCCESS;
+  });
+}
