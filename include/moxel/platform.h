@@ -3,8 +3,8 @@
 #pragma once
 
 #ifdef _WIN32
-#include <windows.h>
 #include <oleauto.h>
+#include <windows.h>
 #else
 #include "moxel/platform/automation.h"
 #include "moxel/platform/locale.h"

@@ -16,8 +16,8 @@ class ToolError : public std::runtime_error {
   // The command line itself, or what it gave to read, is wrong: exit code 2.
   static ToolError Usage(const std::string& message) { return ToolError(message, 2); }
 
-  // A registry entry point answered `status` to `what`. Make it right after the failing call: the cause found in the
-  // registry file is that of the thread's last failure.
+  // A registry entry point answered `status` to `what`. Make it right after the failing call: the cause found
+  // in the registry file is that of the thread's last failure.
   static ToolError Registry(const std::string& what, LSTATUS status);
 
   // A system call failed with errno `error`.
@@ -25,10 +25,19 @@ class ToolError : public std::runtime_error {
 
   int exit_code() const { return exit_code_; }
 
- private:
+ protected:
   ToolError(const std::string& message, int exit_code) : std::runtime_error(message), exit_code_(exit_code) {}
 
+ private:
   int exit_code_;
+};
+
+// A file that cannot be understood, where and why, as "FILE:LINE: reason": editors find the place by that
+// form, so the message stands alone on its line.
+class MalformedFile : public ToolError {
+ public:
+  MalformedFile(const std::string& file, size_t line, const std::string& reason)
+      : ToolError(file + ":" + std::to_string(line) + ": " + reason, 2) {}
 };
 
 }  // namespace moxel::tool

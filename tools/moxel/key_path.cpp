@@ -20,7 +20,8 @@ struct Hive {
 constexpr std::array kHives{Hive{HKEY_LOCAL_MACHINE, "HKEY_LOCAL_MACHINE", "HKLM"},
                             Hive{HKEY_CLASSES_ROOT, "HKEY_CLASSES_ROOT", "HKCR"}};
 
-// Hives that other registries have. A user who types one does not mean a key of that name below the product root.
+// Hives that other registries have. A user who types one does not mean a key of that name below the product
+// root.
 constexpr std::array kForeignHives{"HKCU", "HKU", "HKCC"};
 
 std::vector<std::string_view> SplitComponents(std::string_view path) {
@@ -60,7 +61,8 @@ bool NamesForeignHive(std::string_view name) {
 
 void CheckComponent(std::string_view component) {
   if (component.empty()) throw KeyPathError("empty component in the key path");
-  if (component.size() > kLongestComponent) throw KeyPathError("component of the key path over 255 characters");
+  if (component.size() > kLongestComponent)
+    throw KeyPathError("component of the key path over 255 characters");
   if (component.find('\0') != std::string_view::npos) throw KeyPathError("NUL character in the key path");
 }
 
@@ -104,7 +106,8 @@ KeyPath ParseFullKeyName(std::string_view name) {
   const std::optional<HKEY> hive = HiveByLongName(components.front());
   if (!hive) ThrowForeignHive();
   for (size_t i = 1; i < components.size(); ++i) CheckComponent(components[i]);
-  return {*hive, components.size() > 1 ? std::string(name.substr(components.front().size() + 1)) : std::string()};
+  return {*hive,
+          components.size() > 1 ? std::string(name.substr(components.front().size() + 1)) : std::string()};
 }
 
 KeyPath ParseKeyArgument(std::string_view argument) {

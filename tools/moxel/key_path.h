@@ -31,12 +31,12 @@ struct KeyPath {
 // The key under which the product keeps its configuration.
 KeyPath ProductRoot();
 
-// A full key name as a .reg file writes it: the hive's long name, no empty component, none over 255 characters.
-// Throws KeyPathError.
+// A full key name as a .reg file writes it: the hive's long name, no empty component, none over 255
+// characters. Throws KeyPathError.
 KeyPath ParseFullKeyName(std::string_view name);
 
-// A key as a user types it, in UTF-8: in full, with the hive's long or short name, or relative to the product root.
-// Backslashes at the end or doubled are ignored, as the registry does. Throws ToolError.
+// A key as a user types it, in UTF-8: in full, with the hive's long or short name, or relative to the product
+// root. Backslashes at the end or doubled are ignored, as the registry does. Throws ToolError.
 KeyPath ParseKeyArgument(std::string_view argument);
 
 }  // namespace moxel::tool

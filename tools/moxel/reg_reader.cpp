@@ -95,11 +95,8 @@ class Reader {
   }
 
   void SkipLineBreak() {
-    if (Accept(u'\r')) {
-      Accept(u'\n');
-    } else {
-      Accept(u'\n');
-    }
+    Accept(u'\r');
+    Accept(u'\n');
   }
 
   std::u16string_view TakeRestOfLine() {
@@ -176,7 +173,8 @@ class Reader {
     if (!Accept(u'@')) {
       const size_t line = line_;
       change.name = ReadQuotedText();
-      if (change.name.find('\0') != std::string::npos) throw RegSyntaxError(line, "NUL character in a value name");
+      if (change.name.find('\0') != std::string::npos)
+        throw RegSyntaxError(line, "NUL character in a value name");
     }
     SkipBlanks();
     if (!Accept(u'=')) Fail("\"=\" expected after the value name");

@@ -19,8 +19,9 @@ class RegSyntaxError : public std::runtime_error {
   size_t line_;
 };
 
-// Reads a whole .reg file, "REGEDIT4" or "Windows Registry Editor Version 5.00", in UTF-16 or UTF-8 with a byte order
-// mark, in UTF-8 without one, or, where the bytes are no UTF-8, in code page 1252. Throws RegSyntaxError.
+// Reads a whole .reg file, "REGEDIT4" or "Windows Registry Editor Version 5.00", in UTF-16 or UTF-8 with a
+// byte order mark, in UTF-8 without one, or, where the bytes are no UTF-8, in code page 1252. Throws
+// RegSyntaxError.
 RegDocument ReadRegFile(std::string_view file);
 
 }  // namespace moxel::tool

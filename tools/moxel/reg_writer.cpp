@@ -8,10 +8,12 @@ namespace {
 constexpr std::string_view kLineEnd = "\r\n";
 constexpr size_t kColumns = 80;
 
+constexpr std::string_view kHexDigits = "0123456789abcdef";
+
 std::string Hex(std::uint32_t value, size_t least_digits) {
   std::string digits;
   for (; value != 0 || digits.size() < least_digits; value >>= 4) {
-    digits.insert(digits.begin(), "0123456789abcdef"[value & 15]);
+    digits.insert(digits.begin(), kHexDigits[value & 15]);
   }
   return digits;
 }
@@ -86,7 +88,9 @@ void RegWriter::AddBytes(std::string_view prefix, std::string_view bytes) {
   body_ += prefix;
   size_t column = prefix.size();
   for (size_t i = 0; i < bytes.size(); ++i) {
-    body_ += Hex(static_cast<unsigned char>(bytes[i]), 2);
+    const auto byte = static_cast<unsigned char>(bytes[i]);
+    body_ += kHexDigits[byte >> 4];
+    body_ += kHexDigits[byte & 15];
     if (i + 1 == bytes.size()) break;
     body_ += ',';
     column += 3;
@@ -100,9 +104,11 @@ void RegWriter::AddBytes(std::string_view prefix, std::string_view bytes) {
 
 std::string RegWriter::File() const {
   if (format_ == RegFormat::kRegedit5) {
-    return "\xFF\xFE" + Utf16LeBytes(Utf16FromAnsi("Windows Registry Editor Version 5.00\r\n" + body_ + "\r\n"));
+    return "\xFF\xFE" +
+           Utf16LeBytes(Utf16FromAnsi("Windows Registry Editor Version 5.00\r\n" + body_ + "\r\n"));
   }
-  // Bytes that happen to be UTF-8 would be read as UTF-8: an accented letter in a comment settles the code page.
+  // Bytes that happen to be UTF-8 would be read as UTF-8: an accented letter in a comment settles the code
+  // page.
   const bool ambiguous = !IsAscii(body_) && IsUtf8(body_);
   return std::string("REGEDIT4\r\n") + (ambiguous ? "; code page 1252 (\xE9)\r\n" : "") + body_ + "\r\n";
 }

@@ -12,8 +12,8 @@ enum class RegFormat {
   kRegedit5,  // UTF-16LE with a byte order mark
 };
 
-// Builds a .reg file, CRLF at line ends, which the platform's own tools read. Reading it back gives every name and every
-// byte of data again. Call AddKey, then AddValue for each value of that key.
+// Builds a .reg file, CRLF at line ends, which the platform's own tools read. Reading it back gives every
+// name and every byte of data again. Call AddKey, then AddValue for each value of that key.
 class RegWriter {
  public:
   explicit RegWriter(RegFormat format) : format_(format) {}

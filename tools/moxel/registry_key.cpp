@@ -44,8 +44,8 @@ std::optional<RegistryKey> RegistryKey::Open(const KeyPath& path, REGSAM access)
 
 RegistryKey RegistryKey::Create(const KeyPath& path) {
   HKEY handle = 0;
-  const LSTATUS status =
-      RegCreateKeyExA(path.hive, path.path.c_str(), 0, nullptr, REG_OPTION_NON_VOLATILE, kReadWrite, nullptr, &handle, nullptr);
+  const LSTATUS status = RegCreateKeyExA(path.hive, path.path.c_str(), 0, nullptr, REG_OPTION_NON_VOLATILE,
+                                         kReadWrite, nullptr, &handle, nullptr);
   if (status != ERROR_SUCCESS) Throw("create", path, status);
   return RegistryKey(path, handle);
 }
@@ -73,13 +73,15 @@ std::optional<RegistryKey> RegistryKey::OpenSubkey(const std::string& name, REGS
 
 std::vector<std::string> RegistryKey::SubkeyNames() const {
   std::vector<std::string> names;
-  for (DWORD index = 0; std::optional<std::string> name = SubkeyName(index); ++index) names.push_back(std::move(*name));
+  for (DWORD index = 0; std::optional<std::string> name = SubkeyName(index); ++index)
+    names.push_back(std::move(*name));
   return names;
 }
 
 std::vector<RegistryValue> RegistryKey::Values() const {
   std::vector<RegistryValue> values;
-  for (DWORD index = 0; std::optional<RegistryValue> value = Value(index); ++index) values.push_back(std::move(*value));
+  for (DWORD index = 0; std::optional<RegistryValue> value = Value(index); ++index)
+    values.push_back(std::move(*value));
   return values;
 }
 
@@ -87,7 +89,8 @@ std::optional<std::string> RegistryKey::SubkeyName(DWORD index) const {
   std::string name(256, '\0');
   for (;;) {
     auto length = static_cast<DWORD>(name.size());
-    const LSTATUS status = RegEnumKeyExA(handle_, index, name.data(), &length, nullptr, nullptr, nullptr, nullptr);
+    const LSTATUS status =
+        RegEnumKeyExA(handle_, index, name.data(), &length, nullptr, nullptr, nullptr, nullptr);
     if (status == ERROR_SUCCESS) return name.substr(0, length);
     if (IsPastTheEnd(status)) return std::nullopt;
     if (status != ERROR_MORE_DATA) Throw("list the subkeys of", path_, status);
@@ -105,7 +108,8 @@ std::optional<RegistryValue> RegistryKey::Value(DWORD index) const {
     DWORD type = REG_NONE;
     const LSTATUS status = RegEnumValueA(handle_, index, name.data(), &name_length, nullptr, &type,
                                          reinterpret_cast<BYTE*>(bytes.data()), &byte_count);
-    if (status == ERROR_SUCCESS) return RegistryValue{name.substr(0, name_length), {type, bytes.substr(0, byte_count)}};
+    if (status == ERROR_SUCCESS)
+      return RegistryValue{name.substr(0, name_length), {type, bytes.substr(0, byte_count)}};
     if (IsPastTheEnd(status)) return std::nullopt;
     if (status != ERROR_MORE_DATA) Throw("list the values of", path_, status);
     name.resize(2 * name.size());
@@ -114,8 +118,9 @@ std::optional<RegistryValue> RegistryKey::Value(DWORD index) const {
 }
 
 void RegistryKey::SetValue(const std::string& name, const RegData& data) const {
-  const LSTATUS status = RegSetValueExA(handle_, name.c_str(), 0, data.type, reinterpret_cast<const BYTE*>(data.bytes.data()),
-                                        static_cast<DWORD>(data.bytes.size()));
+  const LSTATUS status =
+      RegSetValueExA(handle_, name.c_str(), 0, data.type, reinterpret_cast<const BYTE*>(data.bytes.data()),
+                     static_cast<DWORD>(data.bytes.size()));
   if (status != ERROR_SUCCESS) Throw("set " + ValueLabel(name), path_, status);
 }
 

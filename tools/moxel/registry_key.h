@@ -15,8 +15,8 @@ struct RegistryValue {
   RegData data;
 };
 
-// An open key of the registry; closes its handle. Every failure that is not stated otherwise throws ToolError, with the
-// key's name, and where there is one the path of the registry file and the cause.
+// An open key of the registry; closes its handle. Every failure that is not stated otherwise throws
+// ToolError, with the key's name, and where there is one the path of the registry file and the cause.
 class RegistryKey {
  public:
   // Nothing when the key does not exist.
@@ -53,14 +53,15 @@ class RegistryKey {
   HKEY handle_;
 };
 
-// The same key, its components in the letter case in which they are stored; a path that does not exist is unchanged.
+// The same key, its components in the letter case in which they are stored; a path that does not exist is
+// unchanged.
 KeyPath StoredPath(const KeyPath& path);
 
 // Visits the key and all below it, parents before children. False when the key does not exist.
 bool WalkTree(const KeyPath& root, const std::function<void(const RegistryKey&)>& visit);
 
-// Deletes the key with all below it; how many keys that were, 0 when it did not exist. Begin a transaction first: the
-// deletion goes key by key.
+// Deletes the key with all below it; how many keys that were, 0 when it did not exist. Begin a transaction
+// first: the deletion goes key by key.
 size_t DeleteTree(const KeyPath& path);
 
 // Makes the thread's registry calls one transaction, which is undone unless it was committed.

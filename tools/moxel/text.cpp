@@ -29,15 +29,16 @@ bool IsSurrogatePair(std::u16string_view text, size_t at) {
 
 std::string HexDigits(std::uint32_t value, int digits) {
   std::string text;
-  for (int shift = 4 * (digits - 1); shift >= 0; shift -= 4) text += "0123456789ABCDEF"[(value >> shift) & 15];
+  for (int shift = 4 * (digits - 1); shift >= 0; shift -= 4)
+    text += "0123456789ABCDEF"[(value >> shift) & 15];
   return text;
 }
 
 bool HasAnsiCode(std::u16string_view character) {
   char buffer[8];
   BOOL replaced = 0;
-  const INT count = WideCharToMultiByte(kAnsi, 0, character.data(), static_cast<INT>(character.size()), buffer,
-                                        sizeof buffer, nullptr, &replaced);
+  const INT count = WideCharToMultiByte(kAnsi, 0, character.data(), static_cast<INT>(character.size()),
+                                        buffer, sizeof buffer, nullptr, &replaced);
   return count > 0 && replaced == 0;
 }
 
@@ -46,8 +47,10 @@ bool HasAnsiCode(std::u16string_view character) {
     const bool pair = IsSurrogatePair(text, at);
     const std::u16string_view character = text.substr(at, pair ? 2 : 1);
     if (!HasAnsiCode(character)) {
-      const std::uint32_t code = pair ? 0x10000u + ((text[at] & 0x3FFu) << 10) + (text[at + 1] & 0x3FFu) : text[at];
-      throw CodePageError("character U+" + HexDigits(code, code > 0xFFFF ? 6 : 4) + " is not in code page 1252");
+      const std::uint32_t code =
+          pair ? 0x10000u + ((text[at] & 0x3FFu) << 10) + (text[at + 1] & 0x3FFu) : text[at];
+      throw CodePageError("character U+" + HexDigits(code, code > 0xFFFF ? 6 : 4) +
+                          " is not in code page 1252");
     }
     at += character.size();
   }
@@ -55,7 +58,8 @@ bool HasAnsiCode(std::u16string_view character) {
 }
 
 unsigned char UpperCase(unsigned char c) {
-  if ((c >= 'a' && c <= 'z') || (c >= 0xE0 && c != 0xF7 && c != 0xFF)) return static_cast<unsigned char>(c - 0x20);
+  if ((c >= 'a' && c <= 'z') || (c >= 0xE0 && c != 0xF7 && c != 0xFF))
+    return static_cast<unsigned char>(c - 0x20);
   if (c == 0x9A || c == 0x9C || c == 0x9E) return static_cast<unsigned char>(c - 0x10);
   return c == 0xFF ? 0x9F : c;
 }
@@ -71,7 +75,12 @@ bool IsUtf8(std::string_view text) {
   for (size_t at = 0; at < text.size();) {
     const auto byte = [&](size_t i) { return i < text.size() ? static_cast<unsigned char>(text[i]) : 0u; };
     const unsigned lead = byte(at);
-    const size_t length = lead < 0x80 ? 1 : lead < 0xC2 ? 0 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : lead < 0xF5 ? 4 : 0;
+    const size_t length = lead < 0x80   ? 1
+                          : lead < 0xC2 ? 0
+                          : lead < 0xE0 ? 2
+                          : lead < 0xF0 ? 3
+                          : lead < 0xF5 ? 4
+                                        : 0;
     if (length == 0) return false;
     for (size_t i = 1; i < length; ++i) {
       if ((byte(at + i) & 0xC0) != 0x80) return false;
@@ -108,7 +117,8 @@ std::string AnsiFromUtf16(std::u16string_view text) {
   const INT length = CheckedLength(text.size());
   std::string ansi(text.size(), '\0');
   BOOL replaced = 0;
-  const INT count = WideCharToMultiByte(kAnsi, 0, text.data(), length, ansi.data(), length, nullptr, &replaced);
+  const INT count =
+      WideCharToMultiByte(kAnsi, 0, text.data(), length, ansi.data(), length, nullptr, &replaced);
   if (count != length || replaced != 0) ThrowForeignCharacter(text);
   return ansi;
 }

@@ -1,5 +1,5 @@
-// Texts on their way between the terminal or a file (UTF-8, UTF-16) and the registry, which holds bytes of code
-// page 1252 ("ANSI" below).
+// Texts on their way between the terminal or a file (UTF-8, UTF-16) and the registry, which holds bytes of
+// code page 1252 ("ANSI" below).
 #pragma once
 
 #include <string>

@@ -71,8 +71,10 @@ std::u16string Format(std::u16string_view picture, PutField put_field) {
   return text;
 }
 
+// The calendar's own types keep the low byte of a month or day only, so the ranges are tested first.
 bool IsDate(const SYSTEMTIME& date) {
-  return date.wYear >= kFirstYear && date.wYear <= kLastYear && CalendarDate(date).ok();
+  return date.wYear >= kFirstYear && date.wYear <= kLastYear && date.wMonth <= 12 && date.wDay <= 31 &&
+         CalendarDate(date).ok();
 }
 
 bool IsTime(const SYSTEMTIME& time) {

@@ -1,0 +1,54 @@
+// The description of a class's surface: one table from which names are looked up, calls are made and the
+// class is registered. Members stand in the slot order of the class's dual interface.
+#pragma once
+
+#include <cstddef>
+#include <span>
+#include <string_view>
+#include <vector>
+
+#include "moxel/platform.h"
+
+namespace moxel::component {
+
+struct Parameter {
+  std::u16string_view name;
+  bool optional = false;
+  VARTYPE type = VT_EMPTY;
+  bool by_reference = false;
+};
+
+// What a call by name can be; the values are those of the DISPATCH_ flags.
+enum class MemberKind : WORD {
+  kMethod = DISPATCH_METHOD,
+  kGet = DISPATCH_PROPERTYGET,
+  kPut = DISPATCH_PROPERTYPUT,
+  kPutRef = DISPATCH_PROPERTYPUTREF,
+};
+
+// Calls a member's slot with one argument a parameter, coerced to the slot's types.
+// AutomationError when an argument does not convert; `bad_argument` then is its position.
+using Thunk = HRESULT (*)(IDispatch* object, std::span<const VARIANT* const> arguments, VARIANT* result,
+                          std::size_t& bad_argument);
+
+struct Member {
+  MemberKind kind;
+  std::u16string_view name;
+  DISPID id;
+  std::vector<Parameter> parameters;
+  VARTYPE result;  // VT_EMPTY: none
+  Thunk call;
+  std::u16string_view help;
+  bool hidden = false;
+};
+
+struct ClassInfo {
+  std::u16string_view name;
+  std::u16string_view interface_name;
+  const CLSID* clsid;  // null for an object that is no class of the type library
+  const IID* iid;
+  std::u16string_view help;
+  std::vector<Member> members;
+};
+
+}  // namespace moxel::component

@@ -1,0 +1,19 @@
+#include "component/classes.h"
+
+#include "root/root_var.h"
+
+namespace moxel::component {
+
+std::span<const CreatableClass> CreatableClasses() {
+  static const CreatableClass classes[] = {
+      {RootVarInfo, "MOXEL.RootVar", [] { return ObjectPtr<IUnknown>(RootVar::Create()); }},
+  };
+  return classes;
+}
+
+std::span<const ClassInfo& (*const)()> AllClasses() {
+  static constexpr const ClassInfo& (*kClasses[])() = {RootVarInfo, VariableInfo};
+  return kClasses;
+}
+
+}  // namespace moxel::component

@@ -1,0 +1,26 @@
+// The surfaces of the component's classes.
+#pragma once
+
+#include <span>
+
+#include "component/class_info.h"
+#include "moxel/object_ptr.h"
+
+namespace moxel::component {
+
+const ClassInfo& RootVarInfo();
+const ClassInfo& VariableInfo();
+
+// A class that clients can create.
+struct CreatableClass {
+  const ClassInfo& (*info)();
+  const char* prog_id;
+  ObjectPtr<IUnknown> (*create)();
+};
+
+std::span<const CreatableClass> CreatableClasses();
+
+// Every class of the type library.
+std::span<const ClassInfo& (*const)()> AllClasses();
+
+}  // namespace moxel::component

@@ -1,0 +1,28 @@
+// Reading variables back from the registry.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "moxel/object_ptr.h"
+#include "variables/variable.h"
+
+namespace moxel {
+
+// Reads the records of one pass over an owner's variables. Its working values are not cleared between
+// records: a step that fails leaves what the record before it had, and a real constant, whose initial value
+// is not read at all, receives the initial value of the record before it (nothing for the first).
+class VariableRecordReader {
+ public:
+  // A new variable filled from the key `name` below `variables_path`. What a setter refuses keeps its
+  // default.
+  ObjectPtr<Variable> Read(const std::u16string& variables_path, const std::u16string& name);
+
+ private:
+  Variant var_type_;
+  std::int16_t data_type_ = MXVariableDataType_Alpha;
+  Variant value_;
+  Variant init_;
+};
+
+}  // namespace moxel

@@ -1,0 +1,28 @@
+// One run of the command line tool inside the test's own process.
+#pragma once
+
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "moxel/tool.h"
+
+namespace moxel::test {
+
+struct ToolRun {
+  int exit_code;
+  std::string out;
+  std::string err;
+};
+
+inline ToolRun Moxel(const std::vector<std::string>& arguments, const std::string& input = "") {
+  std::vector<const char*> argv{"moxel"};
+  for (const std::string& argument : arguments) argv.push_back(argument.c_str());
+  std::istringstream in(input);
+  std::ostringstream out;
+  std::ostringstream err;
+  const int exit_code = RunTool(static_cast<int>(argv.size()), argv.data(), in, out, err);
+  return {exit_code, out.str(), err.str()};
+}
+
+}  // namespace moxel::test

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+#include "moxel/platform.h"
+
+namespace moxel::tool {
+
+// The component's library, loaded for as long as this object lives.
+class ComponentLibrary {
+ public:
+  // The one installed with this program (../lib beside the program's own folder), else the one the loader
+  // finds.
+  static ComponentLibrary Find();
+
+  // Throws ToolError with the loader's reason when the library cannot be loaded.
+  explicit ComponentLibrary(const std::filesystem::path& file);
+  ComponentLibrary(ComponentLibrary&& other) noexcept;
+  ComponentLibrary& operator=(ComponentLibrary&&) = delete;
+  ~ComponentLibrary();
+
+  // Calls an export of the form HRESULT(void). Throws ToolError when there is none or when its result is a
+  // failure.
+  void Call(const std::string& name) const;
+
+ private:
+  std::filesystem::path file_;
+  void* module_;
+};
+
+}  // namespace moxel::tool
