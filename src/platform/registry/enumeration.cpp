@@ -47,7 +47,8 @@ std::optional<typename List::Entry> Step(Connection& connection, KeyId key, std:
   return List::ReadEntry(*query);
 }
 
-// Corrects the rank by what happened since; counts from the start where too much did.
+// Corrects the rank by what happened since; counts from the start where too much did, and where nothing is left
+// at or before the place, since rank 0 stands for the initial position.
 template <class List>
 void CatchUp(Connection& connection, KeyId key, Position<typename List::Place>& position) {
   std::int64_t version = 0;
@@ -62,7 +63,7 @@ void CatchUp(Connection& connection, KeyId key, Position<typename List::Place>& 
     query->Bind(1, List::ListOf(key)).Bind(2, position.version);
     for (; missed > 0 && query->Step(); --missed)
       if (List::ReadPlace(*query, 0) <= position.place) position.rank += query->Integer(1);
-    if (missed != 0) position = {};
+    if (missed != 0 || position.rank == 0) position = {};
   }
   position.version = version;
 }

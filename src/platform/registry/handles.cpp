@@ -47,10 +47,11 @@ KeyHandle HandleTable::Get(HKEY handle) {
   return Find(handle).handle;
 }
 
-Positions HandleTable::GetPositions(HKEY handle) {
+Positions HandleTable::GetPositions(HKEY handle, const std::string& file, KeyId key) {
   std::lock_guard lock(mutex_);
-  const Record& record = Find(handle);
-  return record.positions ? *record.positions : Positions{};
+  const auto& kept = Find(handle).positions;
+  if (kept && kept->key == key && kept->file == file) return *kept;
+  return {file, key, {}, {}};
 }
 
 void HandleTable::SetPositions(HKEY handle, const Positions& positions) {

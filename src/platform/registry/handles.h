@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <string>
 #include <unordered_map>
 
 #include "platform/registry/enumeration.h"
@@ -16,8 +17,11 @@ struct KeyHandle {
   REGSAM access = 0;
 };
 
-// Where the enumerations through one handle stand.
+// Where the enumerations through one handle stand, and in which key of which file: a predefined handle's may
+// change.
 struct Positions {
+  std::string file;
+  KeyId key = 0;
   SubkeyPosition subkeys;
   ValuePosition values;
 };
@@ -31,7 +35,8 @@ class HandleTable {
   void Close(HKEY handle);
   KeyHandle Get(HKEY handle);
 
-  Positions GetPositions(HKEY handle);
+  // The positions last set for the handle, or initial ones where those belong to another key or file.
+  Positions GetPositions(HKEY handle, const std::string& file, KeyId key);
   void SetPositions(HKEY handle, const Positions& positions);
 
   // For the moment of a fork only.

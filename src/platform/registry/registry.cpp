@@ -18,9 +18,6 @@ const Name& ClassesPath() {
   return path;
 }
 
-// For calls that ask only for a handle that is open.
-constexpr REGSAM kAnyRight = ~REGSAM{0};
-
 REGSAM ExpandGenericRights(REGSAM access) {
   if (access & GENERIC_READ) access |= KEY_READ;
   if (access & GENERIC_WRITE) access |= KEY_WRITE;
@@ -50,8 +47,8 @@ KeyId FindKey(Connection* connection, const Name& path) {
 // The path of a handle's key. ERROR_KEY_DELETED when the key is gone.
 Name PathOf(Connection* connection, HKEY handle) {
   KeyHandle opened = HandleTable::Instance().Get(handle);
-  if (handle == HKEY_LOCAL_MACHINE) return {};
   if (handle == HKEY_CLASSES_ROOT) return ClassesPath();
+  if (opened.key == kRootKey) return {};
   if (!connection) throw RegistryFailure(ERROR_KEY_DELETED);
   Query query(connection->Get(Sql::kPathOfKey));
   query->Bind(1, opened.key);
@@ -60,17 +57,19 @@ Name PathOf(Connection* connection, HKEY handle) {
   return {path, path};  // it exists, so nothing is created under its text
 }
 
+// For calls that need no right on the handle's own key.
+void RequireOpen(HKEY handle) { HandleTable::Instance().Get(handle); }
+
 void RequireRight(HKEY handle, REGSAM right) {
   if ((HandleTable::Instance().Get(handle).access & right) == 0) throw RegistryFailure(ERROR_ACCESS_DENIED);
 }
 
-bool IsPredefined(HKEY handle) { return handle >= HKEY_CLASSES_ROOT; }
-
 // The key behind a handle; 0 where HKEY_CLASSES_ROOT stands for a key that does not exist yet.
 KeyId KeyOf(Connection* connection, HKEY handle) {
   if (handle == HKEY_CLASSES_ROOT) return FindKey(connection, ClassesPath());
-  if (!connection && !IsPredefined(handle)) throw RegistryFailure(ERROR_KEY_DELETED);
-  return HandleTable::Instance().Get(handle).key;
+  KeyId key = HandleTable::Instance().Get(handle).key;
+  if (!connection && key != kRootKey) throw RegistryFailure(ERROR_KEY_DELETED);
+  return key;
 }
 
 // Creates what is missing of a path, inside a write transaction.
@@ -120,7 +119,7 @@ LSTATUS OpenKey(HKEY handle, LPCSTR subkey, REGSAM wanted, HKEY* result) {
   *result = 0;
   auto lease = Session::OfThisThread().Use();
   Name relative = MakePath(subkey);
-  RequireRight(handle, kAnyRight);
+  RequireOpen(handle);
   Connection* connection = lease.ForReading();
   Name path = JoinPaths(PathOf(connection, handle), relative);
   KeyId key = FindKey(connection, path);
@@ -135,7 +134,7 @@ LSTATUS CreateKey(HKEY handle, LPCSTR subkey, REGSAM wanted, HKEY* result, DWORD
   auto lease = Session::OfThisThread().Use();
   Name relative = MakePath(subkey);
   if (HasOverlongLevel(relative)) return ERROR_INVALID_PARAMETER;
-  RequireRight(handle, kAnyRight);
+  RequireOpen(handle);
   Connection* existing = lease.ForReading();
   Name path = JoinPaths(PathOf(existing, handle), relative);
   if (std::count(path.folded.begin(), path.folded.end(), '\\') >= kMaxDepth) return ERROR_INVALID_PARAMETER;
@@ -207,7 +206,7 @@ LSTATUS EnumKey(HKEY handle, DWORD index, LPSTR name, DWORD* name_length, LPSTR 
   KeyId key = KeyOf(connection, handle);
   if (!connection || key == 0) return ERROR_NO_MORE_ITEMS;
   HandleTable& handles = HandleTable::Instance();
-  Positions positions = handles.GetPositions(handle);
+  Positions positions = handles.GetPositions(handle, connection->path(), key);
   auto entry = SubkeyAt(*connection, key, index, positions.subkeys);
   handles.SetPositions(handle, positions);
   if (!entry) return ERROR_NO_MORE_ITEMS;
@@ -229,18 +228,16 @@ LSTATUS EnumValue(HKEY handle, DWORD index, LPSTR name, DWORD* name_length, DWOR
   KeyId key = KeyOf(connection, handle);
   if (!connection || key == 0) return ERROR_NO_MORE_ITEMS;
   HandleTable& handles = HandleTable::Instance();
-  Positions positions = handles.GetPositions(handle);
+  Positions positions = handles.GetPositions(handle, connection->path(), key);
   auto entry = ValueAt(*connection, key, index, positions.values);
   handles.SetPositions(handle, positions);
   if (!entry) return ERROR_NO_MORE_ITEMS;
   if (type) *type = entry->type;
-  DWORD room = size ? *size : 0;
   LSTATUS name_result = CopyName(entry->name, name, name_length);
   if (name_result != ERROR_SUCCESS) {
     if (size) *size = static_cast<DWORD>(entry->data.size());
     return name_result;
   }
-  if (size) *size = room;
   return CopyData(entry->data, data, size);
 }
 
@@ -248,13 +245,14 @@ LSTATUS DeleteKey(HKEY handle, LPCSTR subkey) {
   if (!subkey) return ERROR_INVALID_PARAMETER;
   auto lease = Session::OfThisThread().Use();
   Name relative = MakePath(subkey);
-  RequireRight(handle, kAnyRight);
+  RequireOpen(handle);
   Connection* existing = lease.ForReading();
   Name path = JoinPaths(PathOf(existing, handle), relative);
   if (FindKey(existing, path) == 0) return ERROR_FILE_NOT_FOUND;
   if (path.folded.empty() || !lease.MayWrite()) return ERROR_ACCESS_DENIED;
   Connection& connection = lease.ForWriting();
   Transaction whole(connection, Transaction::Kind::kWrite);
+  PathOf(&connection, handle);  // nothing is deleted through a key that was itself deleted meanwhile
   KeyId key = FindKey(&connection, path);
   if (key == 0) return ERROR_FILE_NOT_FOUND;
   {

@@ -33,7 +33,7 @@ class SessionList {
  private:
   SessionList() {
     pthread_atfork([] { Instance().BeforeFork(); }, [] { Instance().AfterFork(); },
-                   [] { Instance().AfterFork(); });
+                   [] { Instance().AfterForkInChild(); });
   }
 
   void BeforeFork() {
@@ -51,13 +51,26 @@ class SessionList {
     mutex_.unlock();
   }
 
+  // The other threads do not exist here, and their sessions' memory is used again.
+  void AfterForkInChild() {
+    AfterFork();
+    std::erase_if(sessions_, [](const Session* session) { return session->thread_ != pthread_self(); });
+  }
+
   std::mutex mutex_;
   std::vector<Session*> sessions_;
 };
 
 Session::Session() { SessionList::Instance().Add(this); }
 
-Session::~Session() { SessionList::Instance().Remove(this); }
+// Closed while a fork in another thread still finds it.
+Session::~Session() {
+  {
+    std::lock_guard lock(mutex_);
+    connection_.reset();
+  }
+  SessionList::Instance().Remove(this);
+}
 
 Session& Session::OfThisThread() {
   thread_local Session session;

@@ -1,6 +1,8 @@
 // One thread's way into the registry file: its connection, opened at first use, and its transaction, if any.
 #pragma once
 
+#include <pthread.h>
+
 #include <memory>
 #include <mutex>
 #include <string>
@@ -51,6 +53,7 @@ class Session {
   Session();
   void DropUnusable();
 
+  const pthread_t thread_ = pthread_self();
   std::mutex mutex_;
   std::unique_ptr<Connection> connection_;
   bool in_batch_ = false;

@@ -1,0 +1,14 @@
+// Base of the tests of the object model: an empty registry, the thread started up.
+#pragma once
+
+#include "registry/settings.h"
+#include "tests/support/temp_registry.h"
+
+namespace moxel::test {
+
+class ProductTest : public RegistryTest {
+ protected:
+  ProductTest() { Main(); }
+};
+
+}  // namespace moxel::test
