@@ -88,7 +88,7 @@ class Variant : public VARIANT {
   std::int32_t ToI4() const { return vt == VT_I4 ? lVal : As(VT_I4).lVal; }
   double ToR8() const { return vt == VT_R8 ? dblVal : As(VT_R8).dblVal; }
 
-  // A number, a boolean, nothing at all, or a text that is a number in the user's locale.
+  // A number of any width, a boolean, nothing at all, or a text that is a number in the user's locale.
   bool IsNumeric() const;
 
   // Hands the content to the caller.
@@ -123,9 +123,20 @@ inline bool Variant::IsNumeric() const {
   switch (vt) {
     case VT_EMPTY:
     case VT_BOOL:
+    case VT_I1:
     case VT_I2:
     case VT_I4:
-    case VT_R8: return true;
+    case VT_I8:
+    case VT_INT:
+    case VT_UI1:
+    case VT_UI2:
+    case VT_UI4:
+    case VT_UI8:
+    case VT_UINT:
+    case VT_R4:
+    case VT_R8:
+    case VT_CY:
+    case VT_DECIMAL: return true;
     case VT_BSTR: {
       BYTE digits[1];
       NUMPARSE found{};

@@ -1,8 +1,6 @@
 #include "registry/store.h"
 
-#include <algorithm>
 #include <array>
-#include <bit>
 #include <cstring>
 
 #include "registry/ansi.h"

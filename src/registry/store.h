@@ -33,8 +33,7 @@ Status RegEnumValues(StoreHandle handle, std::int32_t index, std::u16string& dat
                      std::u16string* name = nullptr, std::int32_t* type = nullptr);
 
 // Text of a REG_SZ, 32-bit integer of a REG_DWORD, the empty variant for a value of another type without
-// data, else
-// "" (also a text of more than 2047 bytes). The type is 0 for a missing value.
+// data, else "" (also for data of more than 2047 bytes). The type is 0 for a missing value.
 Variant RegReadValue(std::u16string_view key_path, std::u16string_view value_name,
                      std::int32_t* type = nullptr);
 

@@ -40,7 +40,7 @@ BSTR SysAllocStringLen(const OLECHAR* strIn, UINT ui) { return moxel::Allocate(s
 
 BSTR SysAllocStringByteLen(LPCSTR psz, UINT len) { return moxel::Allocate(psz, len); }
 
-UINT SysStringLen(BSTR pbstr) { return SysStringByteLen(pbstr) / sizeof(OLECHAR); }
+UINT SysStringLen(BSTR pbstr) { return SysStringByteLen(pbstr) / UINT{sizeof(OLECHAR)}; }
 
 UINT SysStringByteLen(BSTR bstr) {
   if (bstr == nullptr) return 0;

@@ -11,7 +11,7 @@
 namespace moxel::test {
 
 struct ScopedVariant : VARIANT {
-  explicit ScopedVariant(VARTYPE tag = VT_EMPTY) : VARIANT{} { vt = tag; }
+  explicit ScopedVariant(VARTYPE tag = VT_EMPTY) : VARIANT{tag, 0, 0, 0, {}} {}
   ScopedVariant(ScopedVariant&& other) noexcept : VARIANT(other) { other.vt = VT_EMPTY; }
   ~ScopedVariant() { VariantClear(this); }
 };
@@ -19,8 +19,8 @@ struct ScopedVariant : VARIANT {
 template <class Value>
 ScopedVariant Make(VARTYPE tag, Value value) {
   ScopedVariant variant(tag);
-  static_assert(sizeof value <= sizeof variant.llVal);
-  std::memcpy(&variant.llVal, &value, sizeof value);
+  static_assert(sizeof(Value) <= sizeof variant.llVal);
+  std::memcpy(&variant.llVal, &value, sizeof(Value));
   return variant;
 }
 
@@ -38,7 +38,7 @@ inline ScopedVariant Decimal(ULONG high, ULONGLONG low, BYTE scale, bool negativ
 template <class Value>
 Value Get(const VARIANT& variant) {
   Value value;
-  std::memcpy(&value, &variant.llVal, sizeof value);
+  std::memcpy(&value, &variant.llVal, sizeof(Value));
   return value;
 }
 
