@@ -140,7 +140,7 @@ struct Accepted {
   std::string file;
   DWORD type;
   std::string bytes;
-  std::string name = "";
+  std::string name{};
 };
 
 void PrintTo(const Accepted& accepted, std::ostream* out) { *out << accepted.what; }

@@ -110,8 +110,9 @@ TEST_F(RegTransferTest, ExportThenImportKeepsEveryName) {
   for (int code = 1; code < 256; ++code) {
     const std::string c(1, static_cast<char>(code));
     if (c == "\\" || c == "\n" || c == "\r") continue;
-    RegistryKey::Create(
-        {HKEY_LOCAL_MACHINE, "SOFTWARE\\Keys\\" + c + "\\a" + c + "] ; b]" + c + std::string(200, 'k')});
+    std::string name = c;
+    name.append("] ; b]").append(c).append(200, 'k');
+    RegistryKey::Create(KeyPath{HKEY_LOCAL_MACHINE, "SOFTWARE\\Keys"}.Child(c).Child(name));
   }
   transaction.Commit();
   ExpectRoundTrip();

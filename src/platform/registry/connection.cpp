@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <ctime>
 #include <thread>
 
 #include "platform/registry/failure.h"
@@ -16,7 +17,16 @@ namespace {
 // How long a call waits for another writer before it gives up with ERROR_BUSY.
 constexpr std::chrono::seconds kLockTimeout{10};
 
+// A file changed less than this ago may change again without a new time of change.
+constexpr std::int64_t kClockGrain = 2'000'000'000;
+
+// A limit on the size of a file is a full disk to whoever meets it.
+bool IsOutOfSpace(int error_number) {
+  return error_number == ENOSPC || error_number == EDQUOT || error_number == EFBIG;
+}
+
 LSTATUS CodeOfOpenError(int error_number) {
+  if (IsOutOfSpace(error_number)) return ERROR_DISK_FULL;
   switch (error_number) {
     case ENOENT:
     case ENOTDIR: return ERROR_PATH_NOT_FOUND;
@@ -24,8 +34,6 @@ LSTATUS CodeOfOpenError(int error_number) {
     case EPERM:
     case EROFS:
     case EISDIR: return ERROR_ACCESS_DENIED;
-    case ENOSPC:
-    case EDQUOT: return ERROR_DISK_FULL;
     default: return ERROR_REGISTRY_IO_FAILED;
   }
 }
@@ -33,11 +41,14 @@ LSTATUS CodeOfOpenError(int error_number) {
 LSTATUS CodeOf(int sqlite_code, int error_number) {
   switch (sqlite_code & 0xFF) {
     case SQLITE_ERROR:  // the tables are not what they must be
+    case SQLITE_CONSTRAINT:
+    case SQLITE_MISMATCH:
     case SQLITE_CORRUPT:
     case SQLITE_NOTADB:
     case SQLITE_FORMAT: return ERROR_BADDB;
     case SQLITE_BUSY:
-    case SQLITE_LOCKED: return ERROR_BUSY;
+    case SQLITE_LOCKED:
+    case SQLITE_PROTOCOL: return ERROR_BUSY;
     case SQLITE_READONLY:
     case SQLITE_PERM:
     case SQLITE_AUTH: return ERROR_ACCESS_DENIED;
@@ -45,17 +56,37 @@ LSTATUS CodeOf(int sqlite_code, int error_number) {
     case SQLITE_NOMEM:
     case SQLITE_TOOBIG: return ERROR_OUTOFMEMORY;
     case SQLITE_CANTOPEN: return CodeOfOpenError(error_number);
-    default:
-      return error_number == ENOSPC || error_number == EDQUOT ? ERROR_DISK_FULL : ERROR_REGISTRY_IO_FAILED;
+    default: return IsOutOfSpace(error_number) ? ERROR_DISK_FULL : ERROR_REGISTRY_IO_FAILED;
   }
 }
 
+std::int64_t Nanoseconds(const timespec& time) {
+  return std::int64_t{time.tv_sec} * 1'000'000'000 + time.tv_nsec;
+}
+
+// The system's own error behind a failure. Of a failed write or read SQLite keeps it with the file only.
+int SystemErrorOf(sqlite3* database, int code) {
+  if (!database) return 0;
+  int error_number = 0;
+  if ((code & 0xFF) == SQLITE_IOERR) {
+    sqlite3_file* log = nullptr;
+    sqlite3_file_control(database, "main", SQLITE_FCNTL_JOURNAL_POINTER, &log);
+    if (log && log->pMethods) log->pMethods->xFileControl(log, SQLITE_FCNTL_LAST_ERRNO, &error_number);
+    if (error_number == 0) sqlite3_file_control(database, "main", SQLITE_FCNTL_LAST_ERRNO, &error_number);
+  }
+  return error_number != 0 ? error_number : sqlite3_system_errno(database);
+}
+
 [[noreturn]] void Fail(sqlite3* database, int code, const std::string& path) {
-  int error_number = database ? sqlite3_system_errno(database) : 0;
+  int error_number = SystemErrorOf(database, code);
   std::string reason = database ? sqlite3_errmsg(database) : sqlite3_errstr(code);
   bool system_failure = (code & 0xFF) == SQLITE_CANTOPEN || (code & 0xFF) == SQLITE_IOERR;
   if (system_failure && error_number != 0) reason += std::string(" (") + std::strerror(error_number) + ")";
   throw RegistryFailure(CodeOf(code, error_number), path + ": " + reason);
+}
+
+[[noreturn]] void FailToOpen(int error_number, const std::string& path) {
+  throw RegistryFailure(CodeOfOpenError(error_number), path + ": " + std::strerror(error_number));
 }
 
 // A file name as an SQLite URI for a file that is read without a log and without locks.
@@ -131,30 +162,34 @@ std::unique_ptr<Connection> Connection::OpenExisting(const std::string& path) {
   struct stat status;
   if (::stat(path.c_str(), &status) != 0) {
     if (errno == ENOENT) return nullptr;
-    throw RegistryFailure(CodeOfOpenError(errno), path + ": " + std::strerror(errno));
+    FailToOpen(errno, path);
   }
   if (S_ISDIR(status.st_mode)) throw RegistryFailure(ERROR_ACCESS_DENIED, path + ": is a directory");
-  if (::access(path.c_str(), R_OK) != 0)
-    throw RegistryFailure(CodeOfOpenError(errno), path + ": " + std::strerror(errno));
-  Access access = ::access(path.c_str(), W_OK) == 0 ? Access::kWrite : Access::kRead;
-  std::unique_ptr<Connection> connection(new Connection(path, access, false));
-  try {
-    if (connection->Recognize()) return connection;
-    return nullptr;
-  } catch (const RegistryFailure&) {
-    // Without a log beside the file, an account that may not create one can only read the bare file.
-    if (StampOf(path).has_log) throw;
-    int code = sqlite3_errcode(connection->database_.get());
-    if (code != SQLITE_CANTOPEN && code != SQLITE_READONLY) throw;
+  if (!IsAllowed(path, R_OK)) FailToOpen(errno, path);
+  auto open = [&path](Access access) {
+    std::unique_ptr<Connection> connection(new Connection(path, access, false));
+    return connection->Recognize() ? std::move(connection) : nullptr;
+  };
+  Access access = IsAllowed(path, W_OK) ? Access::kWrite : Access::kRead;
+  for (int attempts = 10;; --attempts) {
+    try {
+      return open(access);
+    } catch (const RegistryFailure& failure) {
+      bool log_refused = failure.code() == ERROR_ACCESS_DENIED || failure.code() == ERROR_PATH_NOT_FOUND;
+      if (!log_refused || attempts == 0) throw;
+    }
+    // Without a log beside the file, an account that may not create one can only read the bare file. Where
+    // there is one now, a writer has come meanwhile.
+    if (!StampOf(path).has_log) return open(Access::kReadBareFile);
   }
-  connection.reset(new Connection(path, Access::kReadBareFile, false));
-  return connection->Recognize() ? std::move(connection) : nullptr;
 }
 
 std::unique_ptr<Connection> Connection::OpenForReading(const std::string& path) { return OpenExisting(path); }
 
 std::unique_ptr<Connection> Connection::OpenForWriting(const std::string& path) {
   if (auto existing = OpenExisting(path)) return existing;
+  // SQLite would try to open what it cannot create and report why that failed.
+  if (::mknod(path.c_str(), S_IFREG | 0644, 0) != 0 && errno != EEXIST) FailToOpen(errno, path);
   std::unique_ptr<Connection> connection(new Connection(path, Access::kWrite, true));
   connection->Create();
   return connection;
@@ -227,12 +262,23 @@ Connection::Stamp Connection::StampOf(const std::string& path) {
   if (::stat(path.c_str(), &status) == 0) {
     stamp.inode = status.st_ino;
     stamp.size = status.st_size;
-    stamp.modified = std::int64_t{status.st_mtim.tv_sec} * 1'000'000'000 + status.st_mtim.tv_nsec;
+    stamp.modified = Nanoseconds(status.st_mtim);
+    timespec now{};
+    ::clock_gettime(CLOCK_REALTIME, &now);
+    stamp.settled = Nanoseconds(now) - stamp.modified > kClockGrain;
   }
   return stamp;
 }
 
-bool Connection::outdated() const { return bare_ && StampOf(path_) != stamp_; }
+bool Connection::outdated() const { return bare_ && (!stamp_.settled || StampOf(path_) != stamp_); }
+
+bool Connection::IsAllowed(const std::string& path, int mode) {
+  return ::faccessat(AT_FDCWD, path.c_str(), mode, AT_EACCESS) == 0;
+}
+
+bool Connection::writable() const {
+  return !sqlite3_db_readonly(database_.get(), "main") && IsAllowed(path_, W_OK);
+}
 
 Transaction::Transaction(Connection& connection, Kind kind)
     : connection_(connection), nested_(connection.in_transaction()) {

@@ -29,7 +29,6 @@ class Statement {
   bool Step();
   void Reset() { sqlite3_reset(handle_.get()); }
 
-  bool IsNull(int column) const { return sqlite3_column_type(handle_.get(), column) == SQLITE_NULL; }
   std::int64_t Integer(int column) const { return sqlite3_column_int64(handle_.get(), column); }
   // Valid until the next Step or Reset.
   std::string_view Text(int column) const;
@@ -69,7 +68,8 @@ class Connection {
   void Execute(const char* sql);
 
   const std::string& path() const { return path_; }
-  bool writable() const { return !sqlite3_db_readonly(database_.get(), "main"); }
+  // Asked anew each time: the file's rights may change while it is open.
+  bool writable() const;
   std::int64_t changes() const { return sqlite3_changes64(database_.get()); }
   bool in_transaction() const { return sqlite3_get_autocommit(database_.get()) == 0; }
   // True for a connection that reads the bare file, without a log, once the file or its log changed: it must
@@ -85,6 +85,7 @@ class Connection {
     ino_t inode;
     off_t size;
     std::int64_t modified;
+    bool settled;  // the last change is old enough for the next to have another time
     bool operator==(const Stamp&) const = default;
   };
 
@@ -95,6 +96,8 @@ class Connection {
   Connection(const std::string& path, Access access, bool create);
   static std::unique_ptr<Connection> OpenExisting(const std::string& path);
   static Stamp StampOf(const std::string& path);
+  // Whether the account in effect has the rights on the file; errno says why not.
+  static bool IsAllowed(const std::string& path, int mode);
   static int WaitForLock(void* self, int attempts);
 
   // True when the file is a registry, false when it is empty; RegistryFailure when it is anything else.

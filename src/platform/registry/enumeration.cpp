@@ -47,8 +47,8 @@ std::optional<typename List::Entry> Step(Connection& connection, KeyId key, std:
   return List::ReadEntry(*query);
 }
 
-// Corrects the rank by what happened since; counts from the start where too much did, and where nothing is left
-// at or before the place, since rank 0 stands for the initial position.
+// Corrects the rank by what happened since; counts from the start where too much did, and where nothing is
+// left at or before the place, since rank 0 stands for the initial position.
 template <class List>
 void CatchUp(Connection& connection, KeyId key, Position<typename List::Place>& position) {
   std::int64_t version = 0;

@@ -163,11 +163,11 @@ LSTATUS QueryValue(HKEY handle, LPCSTR value_name, DWORD* type, BYTE* data, DWOR
   if (KeyId key = KeyOf(connection, handle); connection && key != 0) {
     Query query(connection->Get(Sql::kFindValue));
     query->Bind(1, key).Bind(2, name.folded);
-    if (!query->Step()) return ERROR_KEY_DELETED;
-    if (!query->IsNull(0)) {
+    if (query->Step()) {
       if (type) *type = static_cast<DWORD>(query->Integer(0));
       return CopyData(query->Text(1), data, size);
     }
+    PathOf(connection, handle);  // reports a key that was deleted
   }
   if (type) *type = REG_NONE;
   if (size && !data) *size = 0;

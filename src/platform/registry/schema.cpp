@@ -61,9 +61,7 @@ const char* TextOf(Sql sql) {
     case Sql::kAddKey: return "INSERT INTO keys(parent, path, name) VALUES(?1, ?2, ?3) RETURNING id";
     case Sql::kHasSubkeys: return "SELECT 1 FROM keys WHERE parent = ?1 LIMIT 1";
     case Sql::kDeleteKey: return "DELETE FROM keys WHERE id = ?1";
-    case Sql::kFindValue:
-      return "SELECT v.type, v.data FROM keys k LEFT JOIN vals v ON v.key = k.id AND v.folded = ?2 WHERE "
-             "k.id = ?1";
+    case Sql::kFindValue: return "SELECT type, data FROM vals WHERE key = ?1 AND folded = ?2";
     case Sql::kSetValue:
       return "INSERT INTO vals(key, folded, ordinal, name, type, data)"
              " SELECT id, ?2, (SELECT coalesce(max(ordinal), 0) + 1 FROM vals WHERE key = ?1), ?3, ?4, ?5"

@@ -1,7 +1,6 @@
 #include "platform/registry/session.h"
 
 #include <pthread.h>
-#include <unistd.h>
 
 #include <cstdlib>
 #include <vector>
@@ -77,7 +76,7 @@ Session& Session::OfThisThread() {
   return session;
 }
 
-std::string Session::FilePath() {
+const char* Session::FilePath() {
   const char* path = std::getenv("MOXEL_REGISTRY");
   return path && *path ? path : "/var/lib/moxel/registry.db";
 }
@@ -90,7 +89,7 @@ void Session::DropUnusable() {
 void Session::Lease::CheckBatch() const {
   if (session_.in_batch_ && !(session_.connection_ && session_.connection_->in_transaction()))
     throw RegistryFailure(ERROR_REGISTRY_IO_FAILED,
-                          Session::FilePath() + ": the transaction was rolled back");
+                          std::string(Session::FilePath()) + ": the transaction was rolled back");
 }
 
 Connection* Session::Lease::ForReading() {
@@ -109,7 +108,7 @@ Connection& Session::Lease::ForWriting() {
 
 bool Session::Lease::MayWrite() {
   Connection* connection = ForReading();
-  return !connection || (connection->writable() && ::access(connection->path().c_str(), W_OK) == 0);
+  return !connection || connection->writable();
 }
 
 void Session::Lease::Begin() {

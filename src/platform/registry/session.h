@@ -40,7 +40,7 @@ class Session {
 
   static Session& OfThisThread();
   // The file that the environment names.
-  static std::string FilePath();
+  static const char* FilePath();
 
   ~Session();
   Session(const Session&) = delete;

@@ -11,11 +11,13 @@
 namespace moxel::test {
 
 struct ScopedVariant : VARIANT {
-  explicit ScopedVariant(VARTYPE tag = VT_EMPTY) : VARIANT{tag, 0, 0, 0, {}} {}
+  explicit ScopedVariant(VARTYPE tag = VT_EMPTY)
+      : VARIANT{tag, 0, 0, 0, {}} {}  // NOLINT(*UninitializedObject)
   ScopedVariant(ScopedVariant&& other) noexcept : VARIANT(other) { other.vt = VT_EMPTY; }
   ~ScopedVariant() { VariantClear(this); }
 };
 
+// NOLINTBEGIN(bugprone-sizeof-expression): values may be pointers to objects.
 template <class Value>
 ScopedVariant Make(VARTYPE tag, Value value) {
   ScopedVariant variant(tag);
@@ -23,6 +25,14 @@ ScopedVariant Make(VARTYPE tag, Value value) {
   std::memcpy(&variant.llVal, &value, sizeof(Value));
   return variant;
 }
+
+template <class Value>
+Value Get(const VARIANT& variant) {
+  Value value;
+  std::memcpy(&value, &variant.llVal, sizeof(Value));
+  return value;
+}
+// NOLINTEND(bugprone-sizeof-expression)
 
 inline ScopedVariant Text(std::u16string_view text) {
   return Make(VT_BSTR, SysAllocStringLen(text.data(), static_cast<UINT>(text.size())));
@@ -33,13 +43,6 @@ inline ScopedVariant Decimal(ULONG high, ULONGLONG low, BYTE scale, bool negativ
   const DECIMAL decimal{VT_DECIMAL, scale, static_cast<BYTE>(negative ? 0x80 : 0), high, low};
   std::memcpy(static_cast<VARIANT*>(&variant), &decimal, sizeof decimal);
   return variant;
-}
-
-template <class Value>
-Value Get(const VARIANT& variant) {
-  Value value;
-  std::memcpy(&value, &variant.llVal, sizeof(Value));
-  return value;
 }
 
 inline std::u16string_view TextOf(const VARIANT& variant) {

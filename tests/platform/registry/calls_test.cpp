@@ -17,10 +17,12 @@ TEST_F(RegistryCalls, PathsNameTheSameKeyHoweverTheyAreWritten) {
     const char* path;
     LSTATUS answer;
   } const cases[] = {
-      {"SOFTWARE\\X", 0},      {"SOFTWARE\\X\\", 0},   {"SOFTWARE\\\\X", 0},
-      {"SOFTWARE\\X\\\\", 0},  {"software\\x", 0},     {"\\SOFTWARE\\X", ERROR_BAD_PATHNAME},
-      {"\\", ERROR_BAD_PATHNAME}, {"SOFTWARE\\Y", 2},  {"SOFTWARE\\X\\Y", 2},
-      {"Y\\X", 2},             {"SOFTWARE/X", 2},      {"SOFTWARE\\X ", 2},
+      {"SOFTWARE\\X", 0},         {"SOFTWARE\\X\\", 0},
+      {"SOFTWARE\\\\X", 0},       {"SOFTWARE\\X\\\\", 0},
+      {"software\\x", 0},         {"\\SOFTWARE\\X", ERROR_BAD_PATHNAME},
+      {"\\", ERROR_BAD_PATHNAME}, {"SOFTWARE\\Y", 2},
+      {"SOFTWARE\\X\\Y", 2},      {"Y\\X", 2},
+      {"SOFTWARE/X", 2},          {"SOFTWARE\\X ", 2},
   };
   for (const auto& c : cases) {
     HKEY handle = 77;
@@ -124,10 +126,10 @@ TEST_F(RegistryCalls, OnlyTextGetsATerminatorAndOnlyWhereItLacksOne) {
     DWORD type;
     std::string_view given, stored;
   } const cases[] = {
-      {REG_SZ, "abc"sv, "abc\0"sv},     {REG_SZ, "abc\0"sv, "abc\0"sv}, {REG_SZ, "\0"sv, "\0"sv},
-      {REG_SZ, ""sv, ""sv},             {REG_SZ, "a\0b"sv, "a\0b\0"sv}, {REG_SZ, "a\0"sv, "a\0"sv},
-      {REG_BINARY, "abc"sv, "abc"sv},   {REG_BINARY, ""sv, ""sv},       {REG_DWORD, "12345678"sv, "12345678"sv},
-      {REG_NONE, "abc"sv, "abc"sv},     {4711, "xyz"sv, "xyz"sv},       {0xFFFFFFFF, "xyz"sv, "xyz"sv},
+      {REG_SZ, "abc"sv, "abc\0"sv},   {REG_SZ, "abc\0"sv, "abc\0"sv}, {REG_SZ, "\0"sv, "\0"sv},
+      {REG_SZ, ""sv, ""sv},           {REG_SZ, "a\0b"sv, "a\0b\0"sv}, {REG_SZ, "a\0"sv, "a\0"sv},
+      {REG_BINARY, "abc"sv, "abc"sv}, {REG_BINARY, ""sv, ""sv},       {REG_DWORD, "12345678"sv, "12345678"sv},
+      {REG_NONE, "abc"sv, "abc"sv},   {4711, "xyz"sv, "xyz"sv},       {0xFFFFFFFF, "xyz"sv, "xyz"sv},
   };
   for (const auto& c : cases) {
     for (const char* name : {"v", ""}) {
@@ -196,9 +198,9 @@ TEST_F(RegistryCalls, NameBuffersAreNeverOverrun) {
     for (bool values : {false, true}) {
       std::string name(40, '#');
       DWORD length = room;
-      LSTATUS answer =
-          values ? RegEnumValueA(key_, 0, name.data(), &length, nullptr, nullptr, nullptr, nullptr)
-                 : RegEnumKeyExA(key_, 0, name.data(), &length, nullptr, nullptr, nullptr, nullptr);
+      LSTATUS answer = values
+                           ? RegEnumValueA(key_, 0, name.data(), &length, nullptr, nullptr, nullptr, nullptr)
+                           : RegEnumKeyExA(key_, 0, name.data(), &length, nullptr, nullptr, nullptr, nullptr);
       EXPECT_EQ(answer, room < 13 ? ERROR_MORE_DATA : ERROR_SUCCESS) << room;
       if (answer == 0) {
         EXPECT_EQ(length, 12u);
@@ -294,9 +296,18 @@ TEST_F(RegistryCalls, OnlyKeysWithoutSubkeysCanBeDeleted) {
     HKEY base;
     const char* path;
     LSTATUS answer;
-  } const cases[] = {{key_, "A", 5},       {key_, "A\\B", 5},  {a, "", 5},     {key_, "N", 2},
-                     {key_, "N\\C", 2},    {key_, "A\\N", 2},  {a, "b\\c\\", 0}, {a, "B\\C", 2},
-                     {key_, "a\\\\B", 0},  {a, "", 0},         {a, "", 1018},  {key_, "A", 2},
+  } const cases[] = {{key_, "A", 5},
+                     {key_, "A\\B", 5},
+                     {a, "", 5},
+                     {key_, "N", 2},
+                     {key_, "N\\C", 2},
+                     {key_, "A\\N", 2},
+                     {a, "b\\c\\", 0},
+                     {a, "B\\C", 2},
+                     {key_, "a\\\\B", 0},
+                     {a, "", 0},
+                     {a, "", 1018},
+                     {key_, "A", 2},
                      {HKEY_LOCAL_MACHINE, "", 5}};
   for (const auto& c : cases) EXPECT_EQ(RegDeleteKeyA(c.base, c.path), c.answer) << c.path;
   EXPECT_EQ(RegDeleteKeyA(key_, nullptr), 87);

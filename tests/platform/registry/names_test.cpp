@@ -45,7 +45,8 @@ TEST_F(RegistryNames, OnlyTheCaseOfLettersIsIgnored) {
     ASSERT_EQ(Set(Create(key_, small), small, "1"), 0);
     EXPECT_EQ(Get(Open(key_, big), big), "1") << lower;
     EXPECT_EQ(Set(Create(key_, big), big, "2"), 0);
-    EXPECT_EQ(NamesOf(Open(key_, big), ValueName), std::vector<std::string>{small}) << "the first spelling stays";
+    EXPECT_EQ(NamesOf(Open(key_, big), ValueName), std::vector<std::string>{small})
+        << "the first spelling stays";
   }
   EXPECT_EQ(NamesOf(key_, SubkeyName).size(), pairs.size());
 
@@ -94,7 +95,8 @@ TEST_F(RegistryNames, LargeValuesComeBackWhole) {
   ASSERT_EQ(Set(key_, "large", large), 0);
   std::string back(large.size(), '\0');
   auto size = static_cast<DWORD>(back.size());
-  EXPECT_EQ(RegQueryValueExA(key_, "large", nullptr, nullptr, reinterpret_cast<BYTE*>(back.data()), &size), 0);
+  EXPECT_EQ(RegQueryValueExA(key_, "large", nullptr, nullptr, reinterpret_cast<BYTE*>(back.data()), &size),
+            0);
   EXPECT_TRUE(back == large);
 }
 

@@ -157,4 +157,36 @@ class Child {
   int answer_ = -1;
 };
 
+// Records from one process to another; made before the fork, shared by both.
+class Pipe {
+ public:
+  Pipe() { EXPECT_EQ(::pipe(ends_), 0); }
+  ~Pipe() {
+    ::close(ends_[0]);
+    CloseWriting();
+  }
+  Pipe(const Pipe&) = delete;
+  Pipe& operator=(const Pipe&) = delete;
+
+  void CloseWriting() {
+    if (ends_[1] >= 0) ::close(std::exchange(ends_[1], -1));
+  }
+  template <class Record>
+  void Send(const Record& record) {
+    Child::Write(ends_[1], {reinterpret_cast<const char*>(&record), sizeof record});
+  }
+  template <class Record>
+  bool Receive(Record& record) {
+    return ::read(ends_[0], &record, sizeof record) == static_cast<ssize_t>(sizeof record);
+  }
+  // Until every process has closed its writing end, or is gone.
+  void WaitForClose() {
+    CloseWriting();
+    for (char ignored; Receive(ignored);) continue;
+  }
+
+ private:
+  int ends_[2] = {-1, -1};
+};
+
 }  // namespace moxel::test

@@ -1,0 +1,52 @@
+// What the store's tests share: the stored form of a value, put there and looked at without the store.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "moxel/variant.h"
+#include "registry/ansi.h"
+#include "tests/platform/locale/scoped_locale.h"
+#include "tests/platform/registry/registry_helpers.h"
+#include "tests/support/product_test.h"
+
+namespace moxel::test {
+
+using namespace std::string_literals;
+
+class StoreTest : public ProductTest {
+ protected:
+  using Stored = std::pair<DWORD, std::string>;
+
+  static constexpr const char* kRoot = "SOFTWARE\\MOXEL\\";
+
+  static Key CreateKey(const std::string& path) { return Create(HKEY_LOCAL_MACHINE, kRoot + path); }
+  static Key OpenKey(const std::string& path) { return Open(HKEY_LOCAL_MACHINE, kRoot + path); }
+  static bool Exists(const std::string& path) { return OpenKey(path) != 0; }
+
+  static void Put(const std::string& path, const std::string& name, DWORD type, std::string_view bytes) {
+    ASSERT_EQ(Set(CreateKey(path), name, bytes, type), ERROR_SUCCESS) << path << " " << name;
+  }
+
+  static std::optional<Stored> Find(const std::string& path, const std::string& name) {
+    Key key = OpenKey(path);
+    DWORD type = 0;
+    if (RegQueryValueExA(key, name.c_str(), nullptr, &type, nullptr, nullptr) != ERROR_SUCCESS)
+      return std::nullopt;
+    return Stored(type, Get(key, name).value_or("unreadable"));
+  }
+
+  // A value as it reads in a table of cases: a number, a text in quotes or "empty".
+  static std::string Shown(const Variant& value) {
+    if (value.is_empty()) return "empty";
+    if (value.is_text()) return '"' + ToAnsi(value.text()) + '"';
+    return value.vt == VT_I4 ? std::to_string(value.lVal) : "type " + std::to_string(value.vt);
+  }
+
+  // Numbers in texts are written with a point, whatever the locale of the machine.
+  ScopedLocale locale_{"C"};
+};
+
+}  // namespace moxel::test

@@ -1,0 +1,190 @@
+// What the tests of variables share: stored records byte by byte, owners made of next to nothing, values and
+// failures in a form that compares and prints.
+#pragma once
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "moxel/automation_error.h"
+#include "moxel/identifiers.h"
+#include "moxel/variant.h"
+#include "tests/platform/registry/registry_helpers.h"
+#include "tests/support/product_test.h"
+
+namespace moxel::test {
+
+inline constexpr std::int32_t kApplication = static_cast<std::int32_t>(0x80040000);
+
+// A failure, or the absence of one (number 0).
+struct Failure {
+  std::int32_t number = 0;
+  std::u16string source = {};
+  bool operator==(const Failure&) const = default;
+};
+
+inline std::ostream& operator<<(std::ostream& out, const Failure& failure) {
+  return out << failure.number << " from " << std::string(failure.source.begin(), failure.source.end());
+}
+
+inline Failure Runtime(std::int32_t number) { return {number, u"MOXEL"}; }
+
+template <class Body>
+Failure FailureOf(Body&& body) {
+  try {
+    body();
+    return {};
+  } catch (const AutomationError& error) {
+    return {error.number(), error.source()};
+  }
+}
+
+template <class Body>
+std::u16string DescriptionOf(Body&& body) {
+  try {
+    body();
+    return u"(no failure)";
+  } catch (const AutomationError& error) {
+    return error.description();
+  }
+}
+
+// Tag and content of a value, so that 1, 1.0 and "1" show apart.
+inline std::string Shown(const VARIANT& value) {
+  char number[40];
+  switch (value.vt) {
+    case VT_EMPTY: return "empty";
+    case VT_NULL: return "null";
+    case VT_I2: return "I2 " + std::to_string(value.iVal);
+    case VT_I4: return "I4 " + std::to_string(value.lVal);
+    case VT_R8: std::snprintf(number, sizeof number, "R8 %.17g", value.dblVal); return number;
+    case VT_DATE: std::snprintf(number, sizeof number, "date %.17g", value.date); return number;
+    case VT_BOOL: return value.boolVal == VARIANT_TRUE ? "true" : "false";
+    case VT_ERROR: return "error " + std::to_string(value.scode);
+    case VT_DISPATCH: return value.pdispVal ? "object" : "no object";
+    case VT_BSTR: {
+      std::string text;
+      for (char16_t unit : ViewOf(value.bstrVal))
+        text += unit < 0x7F ? std::string(1, static_cast<char>(unit)) : "\\" + std::to_string(unit);
+      return "'" + text + "'";
+    }
+    default: return "tag " + std::to_string(value.vt);
+  }
+}
+
+// The type and the bytes of a value in the registry.
+struct Stored {
+  DWORD type = REG_NONE;
+  std::string bytes;
+  bool operator==(const Stored&) const = default;
+};
+
+inline std::ostream& operator<<(std::ostream& out, const Stored& stored) {
+  out << "type " << stored.type << ":";
+  for (unsigned char byte : stored.bytes.substr(0, 40)) out << ' ' << int{byte};
+  return out;
+}
+
+template <class Number>
+std::string BytesOf(Number number) {
+  std::string bytes(sizeof number, '\0');
+  std::memcpy(bytes.data(), &number, sizeof number);
+  return bytes;
+}
+
+inline Stored StoredText(std::string_view text) { return {REG_SZ, std::string(text) + '\0'}; }
+inline Stored StoredNumber(std::int32_t number) { return {REG_DWORD, BytesOf(number)}; }
+inline Stored StoredReal(double number) { return {REG_DWORD, BytesOf(number)}; }
+inline Stored StoredPassword(std::string text) {
+  for (char& byte : text) byte = static_cast<char>(~byte);
+  return StoredText(text);
+}
+
+// All values of a key in the order in which they were first written; nothing for a missing key.
+using Record = std::vector<std::pair<std::string, Stored>>;
+
+inline std::string AbsolutePath(const std::string& path) { return "SOFTWARE\\MOXEL\\" + path; }
+
+inline bool Exists(const std::string& path) { return TryOpen(HKEY_LOCAL_MACHINE, AbsolutePath(path)) == 0; }
+
+inline Record ReadRecord(const std::string& path) {
+  Record record;
+  Key key = Open(HKEY_LOCAL_MACHINE, AbsolutePath(path));
+  for (const std::string& name : NamesOf(key, ValueName)) {
+    Stored stored;
+    DWORD size = 0;
+    RegQueryValueExA(key, name.c_str(), nullptr, &stored.type, nullptr, &size);
+    stored.bytes.resize(size);
+    RegQueryValueExA(key, name.c_str(), nullptr, nullptr, reinterpret_cast<BYTE*>(stored.bytes.data()),
+                     &size);
+    record.emplace_back(name, stored);
+  }
+  return record;
+}
+
+inline void WriteRecord(const std::string& path, const Record& record) {
+  Key key = Create(HKEY_LOCAL_MACHINE, AbsolutePath(path));
+  for (const auto& [name, stored] : record) ASSERT_EQ(Set(key, name, stored.bytes, stored.type), 0) << name;
+}
+
+inline void SetLanguage(const Stored& language) { WriteRecord("Configuration", {{"Lang", language}}); }
+
+// An owner as any program may bring one: a property `key`, and interfaces that say which kind it is.
+class Owner final : public IDispatch {
+ public:
+  Owner(std::vector<IID> kinds, Variant key) : kinds_(std::move(kinds)), key_(std::move(key)) {}
+  Owner(const Owner&) = delete;
+  Owner& operator=(const Owner&) = delete;
+  ~Owner() { EXPECT_EQ(references_, 1u) << "references to the owner do not balance"; }
+
+  // Reading `key` fails from now on: with this result and, for DISP_E_EXCEPTION, with this number.
+  void Fail(HRESULT result, SCODE number = 0) {
+    failure_ = result;
+    number_ = number;
+  }
+
+  HRESULT QueryInterface(REFIID riid, void** ppvObject) override {
+    *ppvObject = nullptr;
+    bool known = riid == IID_IUnknown || riid == IID_IDispatch ||
+                 std::find(kinds_.begin(), kinds_.end(), riid) != kinds_.end();
+    if (!known) return E_NOINTERFACE;
+    *ppvObject = this;
+    AddRef();
+    return S_OK;
+  }
+  ULONG AddRef() override { return ++references_; }
+  ULONG Release() override { return --references_; }
+  HRESULT GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
+  HRESULT GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
+  HRESULT GetIDsOfNames(REFIID, LPOLESTR* rgszNames, UINT, LCID, DISPID* rgDispId) override {
+    if (std::u16string_view(rgszNames[0]) != u"key") return DISP_E_UNKNOWNNAME;
+    *rgDispId = 77;
+    return failure_ == DISP_E_UNKNOWNNAME ? failure_ : S_OK;
+  }
+  HRESULT Invoke(DISPID dispIdMember, REFIID, LCID, WORD wFlags, DISPPARAMS*, VARIANT* pVarResult,
+                 EXCEPINFO* pExcepInfo, UINT*) override {
+    if (dispIdMember != 77 || !(wFlags & DISPATCH_PROPERTYGET)) return DISP_E_MEMBERNOTFOUND;
+    if (failure_ == DISP_E_EXCEPTION) {
+      pExcepInfo->scode = number_;
+      pExcepInfo->bstrSource = SysAllocString(u"Owner:key");
+      pExcepInfo->bstrDescription = SysAllocString(u"The owner has gone");
+    }
+    if (FAILED(failure_)) return failure_;
+    return VariantCopy(pVarResult, &key_);
+  }
+
+ private:
+  std::vector<IID> kinds_;
+  Variant key_;
+  HRESULT failure_ = S_OK;
+  SCODE number_ = 0;
+  ULONG references_ = 1;
+};
+
+}  // namespace moxel::test
