@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <type_traits>
 
 #include "moxel/platform.h"
 
@@ -27,9 +28,9 @@ constexpr std::array<char16_t, 256> kAnsiToWide = [] {
   return table;
 }();
 
-// The code of a character, or -1 when the page has none.
+// The code of a character beyond ASCII, or -1 when the page has none.
 int AnsiCode(char16_t character) {
-  if (character < 0x80 || (character >= 0xA0 && character <= 0xFF)) return character;
+  if (character >= 0xA0 && character <= 0xFF) return character;
   const auto* found = std::find(kHighControls.begin(), kHighControls.end(), character);
   return found == kHighControls.end() ? -1 : static_cast<int>(0x80 + (found - kHighControls.begin()));
 }
@@ -44,6 +45,12 @@ class Sink {
     if (size_ < room_) buffer_[size_] = unit;
     ++size_;
   }
+  template <class Source>
+  void PutAscii(const Source* source, std::size_t count) {
+    const std::size_t stored = size_ < room_ ? std::min(count, room_ - size_) : 0;
+    for (std::size_t i = 0; i < stored; ++i) buffer_[size_ + i] = static_cast<Unit>(source[i]);
+    size_ += count;
+  }
   std::size_t size() const { return size_; }
   std::size_t room() const { return room_; }
 
@@ -53,14 +60,28 @@ class Sink {
   std::size_t size_ = 0;
 };
 
-std::size_t AsciiPrefix(std::string_view bytes) {
+// The length of the text's part before its first character beyond ASCII.
+template <class Unit>
+std::size_t AsciiPrefix(std::basic_string_view<Unit> text) {
+  constexpr std::uint64_t kBeyond = sizeof(Unit) == 1 ? 0x8080808080808080u : 0xFF80FF80FF80FF80u;
   std::size_t length = 0;
-  for (std::uint64_t block; bytes.size() - length >= sizeof block; length += sizeof block) {
-    std::memcpy(&block, bytes.data() + length, sizeof block);
-    if ((block & 0x8080808080808080u) != 0) break;
+  std::uint64_t block = 0;
+  constexpr std::size_t kUnits = sizeof block / sizeof(Unit);
+  for (; text.size() - length >= kUnits; length += kUnits) {
+    std::memcpy(&block, text.data() + length, sizeof block);
+    if ((block & kBeyond) != 0) break;
   }
-  while (length < bytes.size() && static_cast<unsigned char>(bytes[length]) < 0x80) ++length;
+  while (length < text.size() && static_cast<std::make_unsigned_t<Unit>>(text[length]) < 0x80) ++length;
   return length;
+}
+
+// Moves the leading ASCII part of a text over; true while something is left.
+template <class Unit, class Target>
+bool TakeAscii(std::basic_string_view<Unit>& text, Sink<Target>& sink) {
+  const std::size_t ascii = AsciiPrefix(text);
+  sink.PutAscii(text.data(), ascii);
+  text.remove_prefix(ascii);
+  return !text.empty();
 }
 
 struct CodePoint {
@@ -95,11 +116,7 @@ void PutUtf16(Sink<char16_t>& sink, char32_t value) {
 }
 
 void FromUtf8(std::string_view bytes, Sink<char16_t>& sink) {
-  while (!bytes.empty()) {
-    const std::size_t ascii = AsciiPrefix(bytes);
-    for (std::size_t i = 0; i < ascii; ++i) sink.Put(static_cast<unsigned char>(bytes[i]));
-    bytes.remove_prefix(ascii);
-    if (bytes.empty()) return;
+  while (TakeAscii(bytes, sink)) {
     const CodePoint next = NextUtf8(bytes);
     PutUtf16(sink, next.value);
     bytes.remove_prefix(next.length);
@@ -110,10 +127,10 @@ void FromAnsi(std::string_view bytes, Sink<char16_t>& sink) {
   for (const char byte : bytes) sink.Put(kAnsiToWide[static_cast<unsigned char>(byte)]);
 }
 
+// For characters beyond ASCII.
 void PutUtf8(Sink<char>& sink, char32_t value) {
   const auto put = [&](char32_t byte) { sink.Put(static_cast<char>(byte)); };
   const auto put_trail = [&](int shift) { put(0x80 | ((value >> shift) & 0x3F)); };
-  if (value < 0x80) return put(value);
   if (value < 0x800) {
     put(0xC0 | (value >> 6));
   } else if (value < 0x10000) {
@@ -133,11 +150,13 @@ bool IsLowSurrogate(char16_t unit) { return (unit & 0xFC00) == 0xDC00; }
 // True when a lone surrogate was replaced.
 bool ToUtf8(std::u16string_view text, Sink<char>& sink) {
   bool replaced = false;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const char16_t unit = text[i];
-    if (IsHighSurrogate(unit) && i + 1 < text.size() && IsLowSurrogate(text[i + 1])) {
+  while (TakeAscii(text, sink)) {
+    const char16_t unit = text.front();
+    text.remove_prefix(1);
+    if (IsHighSurrogate(unit) && !text.empty() && IsLowSurrogate(text.front())) {
       const char32_t high = unit & 0x3FFu;
-      PutUtf8(sink, 0x10000 + (high << 10) + (text[++i] & 0x3FFu));
+      PutUtf8(sink, 0x10000 + (high << 10) + (text.front() & 0x3FFu));
+      text.remove_prefix(1);
     } else if (IsHighSurrogate(unit) || IsLowSurrogate(unit)) {
       PutUtf8(sink, kReplacement);
       replaced = true;
@@ -151,10 +170,11 @@ bool ToUtf8(std::u16string_view text, Sink<char>& sink) {
 // True when a character outside the page was replaced.
 bool ToAnsi(std::u16string_view text, char replacement, Sink<char>& sink) {
   bool replaced = false;
-  for (const char16_t unit : text) {
-    const int code = AnsiCode(unit);
+  while (TakeAscii(text, sink)) {
+    const int code = AnsiCode(text.front());
     replaced |= code < 0;
     sink.Put(code < 0 ? replacement : static_cast<char>(code));
+    text.remove_prefix(1);
   }
   return replaced;
 }

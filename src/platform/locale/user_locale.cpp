@@ -103,7 +103,8 @@ class PictureTranslator {
       case u'B': picture_ += u"MMMM"; return true;
       case u'a': picture_ += u"ddd"; return true;
       case u'A': picture_ += u"dddd"; return true;
-      case u'y': picture_ += u"yy"; return true;
+      // The year in full always: two digits would not tell the century.
+      case u'y':
       case u'Y': picture_ += u"yyyy"; return true;
       case u'H': picture_ += padded ? u"HH" : u"H"; return true;
       case u'k': picture_ += u"H"; return true;
@@ -113,7 +114,7 @@ class PictureTranslator {
       case u'S': picture_ += u"ss"; return true;
       case u'p':
       case u'P': picture_ += u"tt"; return true;
-      case u'D': picture_ += u"MM/dd/yy"; return true;
+      case u'D': picture_ += u"MM/dd/yyyy"; return true;
       case u'F': picture_ += u"yyyy-MM-dd"; return true;
       case u'T': picture_ += u"HH:mm:ss"; return true;
       case u'R': picture_ += u"HH:mm"; return true;
