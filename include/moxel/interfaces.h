@@ -27,6 +27,49 @@ struct _Variable : IDispatch {
   virtual HRESULT get_DataType(SHORT* result) = 0;
 };
 
+// The variables of one domain or scenario.
+struct _Variables : IDispatch {
+  static constexpr IID iid = IID__Variables;
+  virtual HRESULT raw_NewVariable(BSTR wVar, VARIANT wVarType, SHORT wDataType, VARIANT wValue, VARIANT wInit,
+                                  IDispatch* wObj, _Variable** result) = 0;
+  virtual HRESULT raw_Add(_Variable* wVar) = 0;
+  virtual HRESULT get_Item(VARIANT vntIndexKey, _Variable** result) = 0;
+  virtual HRESULT get_Count(LONG* result) = 0;
+  virtual HRESULT raw_Remove(VARIANT vntIndexKey) = 0;
+  virtual HRESULT raw_DeleteVariable(_Variable* wVariable, IDispatch* wObj, SHORT* result) = 0;
+  virtual HRESULT get_NewEnum(IUnknown** result) = 0;
+};
+
+// One account: a permission and a password that is held and stored scrambled.
+struct _User : IDispatch {
+  static constexpr IID iid = IID__User;
+  virtual HRESULT get_key(BSTR* result) = 0;
+  virtual HRESULT put_key(BSTR value) = 0;
+  virtual HRESULT raw_Check(VARIANT* wPassword, SHORT* result) = 0;
+  virtual HRESULT raw_Update(SHORT* wPermission, VARIANT wOldPwd, VARIANT* wNewPwd, VARIANT* wConfPwd,
+                             SHORT* result) = 0;
+  virtual HRESULT put_Permission(SHORT value) = 0;
+  virtual HRESULT get_Permission(SHORT* result) = 0;
+  virtual HRESULT get_Password(VARIANT* result) = 0;
+  virtual HRESULT get_PasswordCrypted(VARIANT* result) = 0;
+  virtual HRESULT get_PasswordDecrypted(VARIANT* result) = 0;
+  virtual HRESULT put_PasswordCrypted(VARIANT value) = 0;
+};
+
+// All accounts, or those admitted to one scenario.
+struct _Utilisateurs : IDispatch {
+  static constexpr IID iid = IID__Utilisateurs;
+  virtual HRESULT raw_NewUser(BSTR* wUser, VARIANT wPassword, VARIANT wPwdConf, SHORT wPermission,
+                              _User** result) = 0;
+  // The result is VARIANT_FALSE whatever was deleted.
+  virtual HRESULT raw_DeleteUser(_User** wUser, SHORT* result) = 0;
+  virtual HRESULT raw_Add(_User** wUser) = 0;
+  virtual HRESULT get_Item(VARIANT* vntIndexKey, _User** result) = 0;
+  virtual HRESULT get_Count(LONG* result) = 0;
+  virtual HRESULT raw_Remove(VARIANT* vntIndexKey) = 0;
+  virtual HRESULT get_NewEnum(IUnknown** result) = 0;
+};
+
 // Finds one variable of a domain or a scenario without loading anything else.
 struct _RootVar : IDispatch {
   static constexpr IID iid = IID__RootVar;

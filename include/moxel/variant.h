@@ -81,6 +81,13 @@ class Variant : public VARIANT {
     return is_text() ? text() == other : is_empty() && other.empty();
   }
 
+  // Texts are equal exactly and case-sensitively, nothing at all like the empty text; numbers by their value.
+  // Values of different kinds never are.
+  bool SameAs(const Variant& other) const {
+    if (other.is_text() || other.is_empty()) return Equals(other.text());
+    return IsNumber() && other.IsNumber() && ToR8() == other.ToR8();
+  }
+
   std::u16string ToText() const {
     return is_text() ? std::u16string(text()) : std::u16string(As(VT_BSTR).text());
   }
@@ -99,6 +106,10 @@ class Variant : public VARIANT {
   }
 
  private:
+  bool IsNumber() const {
+    return vt == VT_I2 || vt == VT_I4 || vt == VT_R8 || vt == VT_DATE || vt == VT_BOOL;
+  }
+
   explicit Variant(VARENUM tag) {
     VariantInit(this);
     vt = tag;

@@ -12,7 +12,8 @@ std::span<const CreatableClass> CreatableClasses() {
 }
 
 std::span<const ClassInfo& (*const)()> AllClasses() {
-  static constexpr const ClassInfo& (*kClasses[])() = {RootVarInfo, VariableInfo};
+  static constexpr const ClassInfo& (*kClasses[])() = {RootVarInfo, UtilisateursInfo, UserInfo, VariablesInfo,
+                                                       VariableInfo};
   return kClasses;
 }
 

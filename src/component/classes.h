@@ -10,6 +10,9 @@ namespace moxel::component {
 
 const ClassInfo& RootVarInfo();
 const ClassInfo& VariableInfo();
+const ClassInfo& VariablesInfo();
+const ClassInfo& UserInfo();
+const ClassInfo& UtilisateursInfo();
 
 // A class that clients can create.
 struct CreatableClass {

@@ -15,6 +15,13 @@
 
 namespace moxel::component {
 
+// By this identifier, which no client knows, the component tells its own objects from those that clients
+// implement: it gives the class of the object model itself.
+constexpr IID OwnObjectId(IID interface_id) {
+  interface_id.Data1 ^= 0xFFFFFFFF;
+  return interface_id;
+}
+
 namespace detail {
 
 // A slot's argument as the object model takes it. Null where a reference is needed: NullPointer.
@@ -53,6 +60,35 @@ inline SHORT Take(SHORT* number) { return Dereference(number); }
 inline LONG Take(LONG number) { return number; }
 inline IDispatch* Take(IDispatch* object) { return object; }
 
+// An object of the component as a client passes it. Error 13 for anybody else's.
+class IncomingObject {
+ public:
+  explicit IncomingObject(IUnknown* object) : object_(object) {}
+
+  template <class Logic>
+  operator Logic&() const {
+    void* own = nullptr;
+    if (!object_) throw NullPointer();
+    if (FAILED(object_->QueryInterface(OwnObjectId(interface_id<Logic>), &own)))
+      throw AutomationError::TypeMismatch();
+    auto* logic = static_cast<std::remove_const_t<Logic>*>(own);
+    logic->Release();  // the client holds it for the time of the call
+    return *logic;
+  }
+
+ private:
+  IUnknown* object_;
+};
+
+template <std::derived_from<IDispatch> Interface>
+IncomingObject Take(Interface* object) {
+  return IncomingObject(object);
+}
+template <std::derived_from<IDispatch> Interface>
+IncomingObject Take(Interface** object) {
+  return IncomingObject(Dereference(object));
+}
+
 // A result of the object model as a slot hands it over.
 inline void Give(std::int16_t value, SHORT* result) { *result = value; }
 inline void Give(std::int32_t value, LONG* result) { *result = value; }
@@ -77,6 +113,8 @@ class Surface : public Logic, public ISupportErrorInfo {
       *ppvObject = static_cast<Interface*>(this);
     else if (riid == IID_ISupportErrorInfo)
       *ppvObject = static_cast<ISupportErrorInfo*>(this);
+    else if (riid == OwnObjectId(interface_id<Interface>))
+      *ppvObject = static_cast<Logic*>(this);
     else
       return E_NOINTERFACE;
     AddRef();

@@ -22,6 +22,10 @@ inline constexpr std::u16string_view kVar = u"Var";
 // Values of Configuration.
 inline constexpr std::u16string_view kLang = u"Lang";
 
+// Values of a user.
+inline constexpr std::u16string_view kAccessPerm = u"AccessPerm";
+inline constexpr std::u16string_view kPassword = u"Password";
+
 // Values of a variable record.
 inline constexpr std::u16string_view kVarType = u"V/C";
 inline constexpr std::u16string_view kType = u"Type";

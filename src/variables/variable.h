@@ -68,7 +68,6 @@ class Variable : public _Variable {
                             const Variant& wValue, const Variant& wInit);
 
  private:
-  void Assign(const Variant& var_type, std::int16_t data_type, const Variant& value, const Variant& init);
   Status UpdateUnder(const std::u16string& owner_path, const Variant& var_type, std::int16_t data_type,
                      const Variant& value, const Variant& init);
   void ResetUnder(const std::u16string& owner_path);

@@ -277,7 +277,7 @@ TEST_F(VariableTest, NumbersAreWrittenAsTheUserWritesThem) {
       {"fr_FR.UTF-8", u"1 000,5", true},
       {"fr_FR.UTF-8", u"1\u202F000", true},
       {"fr_FR.UTF-8", u"1,5E-1", true},
-      {"en_US.UTF-8", u"12,5.0", false},
+      {"en_US.UTF-8", u"12,,5", false},
       {"en_US.UTF-8", u"1,000.5", true},
       {"en_US.UTF-8", u"12.5", true},
       {"de_DE.UTF-8", u"1.000,5", true},
