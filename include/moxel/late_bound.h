@@ -1,7 +1,10 @@
 // Calling an object by name, as a script does.
 #pragma once
 
+#include <algorithm>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "moxel/automation_error.h"
 #include "moxel/variant.h"
@@ -31,24 +34,41 @@ inline std::int32_t NumberOf(HRESULT result) {
                         std::move(description));
 }
 
-// Throws a failing result that came without any description.
+// Throws a failing result, described by the thread's error info where the call left one.
 inline void ThrowIfFailed(HRESULT result) {
-  if (FAILED(result)) throw AutomationError(NumberOf(result), u"MOXEL", u"Automation error");
+  if (SUCCEEDED(result)) return;
+  ObjectPtr<IErrorInfo> info;
+  if (GetErrorInfo(0, info.Receive()) != S_OK)
+    throw AutomationError(NumberOf(result), u"MOXEL", u"Automation error");
+  Bstr source;
+  Bstr description;
+  info->GetSource(source.Receive());
+  info->GetDescription(description.Receive());
+  throw AutomationError(NumberOf(result), std::u16string(source.view()), std::u16string(description.view()));
 }
 
-// Reads a property without arguments. Throws the error that the object answers.
-inline Variant GetProperty(IDispatch* object, std::u16string name) {
+// Calls a member by its name, arguments in order. Throws the error that the object answers.
+inline Variant CallByName(IDispatch* object, std::u16string name, WORD flags,
+                          std::vector<Variant> arguments = {}) {
   OLECHAR* names[] = {name.data()};
   DISPID id = DISPID_UNKNOWN;
   ThrowIfFailed(object->GetIDsOfNames(GUID_NULL, names, 1, 0, &id));
+  std::reverse(arguments.begin(), arguments.end());
+  DISPPARAMS parameters{arguments.data(), nullptr, static_cast<UINT>(arguments.size()), 0};
   Variant result;
-  DISPPARAMS no_arguments{};
   EXCEPINFO exception{};
-  HRESULT answer =
-      object->Invoke(id, GUID_NULL, 0, DISPATCH_PROPERTYGET, &no_arguments, &result, &exception, nullptr);
+  HRESULT answer = object->Invoke(id, GUID_NULL, 0, flags, &parameters, &result, &exception, nullptr);
   if (answer == DISP_E_EXCEPTION) ThrowException(exception);
   ThrowIfFailed(answer);
   return result;
+}
+
+inline Variant GetProperty(IDispatch* object, std::u16string name) {
+  return CallByName(object, std::move(name), DISPATCH_PROPERTYGET);
+}
+
+inline Variant CallMethod(IDispatch* object, std::u16string name, std::vector<Variant> arguments) {
+  return CallByName(object, std::move(name), DISPATCH_METHOD, std::move(arguments));
 }
 
 }  // namespace moxel

@@ -29,6 +29,13 @@ Variant FromInteger(std::int64_t number) {
   return static_cast<double>(number);
 }
 
+// An object must be one that can be called by name; no object stays none.
+Variant FromObject(IUnknown* object) {
+  auto callable = ObjectPtr<IDispatch>::Query(object);
+  if (object && !callable) throw AutomationError::TypeMismatch();
+  return callable.get();
+}
+
 // One of the known tags in the place of another one.
 Variant ToKnown(const Variant& value) {
   switch (value.vt) {
@@ -44,7 +51,7 @@ Variant ToKnown(const Variant& value) {
     case VT_R4:
     case VT_CY:
     case VT_DECIMAL: return value.ToR8();
-    case VT_UNKNOWN: return value.punkVal ? ObjectPtr<IDispatch>::Query(value.punkVal).get() : nullptr;
+    case VT_UNKNOWN: return FromObject(value.punkVal);
     default: throw AutomationError::TypeMismatch();
   }
 }
@@ -59,7 +66,8 @@ Incoming::Incoming(const VARIANT& bare) : bare_(&bare) {
 
 HRESULT WireNumber(std::int32_t number) {
   constexpr std::uint32_t kRuntimeErrors = 0x800A0000;
-  if (number < 0 || number > 0xFFFF) return number;
+  if (number < 0) return number;
+  if (number > 0xFFFF) return E_FAIL;
   return static_cast<HRESULT>(kRuntimeErrors + static_cast<std::uint32_t>(number));
 }
 

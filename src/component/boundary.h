@@ -31,7 +31,8 @@ class Incoming {
   std::optional<Variant> converted_;
 };
 
-// The number of an error on the wire: runtime errors get their facility.
+// The number of an error on the wire: runtime errors get their facility. E_FAIL for a number that would read
+// as a success.
 HRESULT WireNumber(std::int32_t number);
 
 // Describes an error in the thread's error info and gives its number on the wire.

@@ -69,8 +69,8 @@ TEST_F(RootVarTest, OnePlaceIsSearchedForTheExactName) {
   for (const auto& c : cases) {
     SCOPED_TRACE(Shown(c.domain) + " " + Shown(c.scenario) + " " + Shown(c.name));
     ObjectPtr<Variable> variable = Fetch(c.domain, c.scenario, c.name);
-    ASSERT_EQ(static_cast<bool>(variable), c.found != nullptr);
-    if (variable) EXPECT_EQ(Shown(variable->Value()), Shown(Variant(c.found)));
+    EXPECT_EQ(variable ? Shown(variable->Value()) : "no object",
+              c.found ? Shown(Variant(c.found)) : "no object");
   }
   EXPECT_EQ(Fetch(u"D1", u"", u"X")->key, u"X");
 }

@@ -5,7 +5,9 @@
 #include <cstdio>
 #include <utility>
 
+#include "moxel/component.h"
 #include "moxel/error.h"
+#include "moxel/late_bound.h"
 #include "moxel/platform/registry_file.h"
 
 namespace moxel::tool {
@@ -47,11 +49,26 @@ ComponentLibrary::~ComponentLibrary() {
   if (module_) ::dlclose(module_);
 }
 
-void ComponentLibrary::Call(const std::string& name) const {
-  const auto function = reinterpret_cast<HRESULT (*)()>(::dlsym(module_, name.c_str()));
+void* ComponentLibrary::Export(const std::string& name) const {
+  void* function = ::dlsym(module_, name.c_str());
   if (!function) throw ToolError(file_.string() + ": " + LoaderError());
+  return function;
+}
+
+void ComponentLibrary::Call(const std::string& name) const {
+  const auto function = reinterpret_cast<HRESULT (*)()>(Export(name));
   const HRESULT result = function();
   if (FAILED(result)) throw ToolError(file_.string() + ": " + name + " failed: " + ResultText(result));
+}
+
+ObjectPtr<IDispatch> ComponentLibrary::Create(REFCLSID class_id) const {
+  const auto get_class = reinterpret_cast<decltype(&DllGetClassObject)>(Export("DllGetClassObject"));
+  ObjectPtr<IClassFactory> factory;
+  const HRESULT found = get_class(class_id, IID_IClassFactory, factory.ReceiveAny());
+  if (FAILED(found)) throw ToolError(file_.string() + ": no class factory: " + ResultText(found));
+  ObjectPtr<IDispatch> object;
+  ThrowIfFailed(factory->CreateInstance(nullptr, IID_IDispatch, object.ReceiveAny()));
+  return object;
 }
 
 }  // namespace moxel::tool

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <string>
 
+#include "moxel/object_ptr.h"
 #include "moxel/platform.h"
 
 namespace moxel::tool {
@@ -24,7 +25,13 @@ class ComponentLibrary {
   // failure.
   void Call(const std::string& name) const;
 
+  // A new object of a creatable class, for calls by name. Throws ToolError when there is none,
+  // AutomationError when its creation fails.
+  ObjectPtr<IDispatch> Create(REFCLSID class_id) const;
+
  private:
+  void* Export(const std::string& name) const;
+
   std::filesystem::path file_;
   void* module_;
 };

@@ -102,8 +102,11 @@ std::u16string Utf16FromUtf8(std::string_view text) { return Widen(CP_UTF8, text
 std::u16string Utf16FromAnsi(std::string_view text) { return Widen(kAnsi, text); }
 
 std::string Utf8FromAnsi(std::string_view text) {
-  if (IsAscii(text)) return std::string(text);
-  const std::u16string wide = Utf16FromAnsi(text);
+  return IsAscii(text) ? std::string(text) : Utf8FromUtf16(Utf16FromAnsi(text));
+}
+
+std::string Utf8FromUtf16(std::u16string_view wide) {
+  if (wide.empty()) return {};
   std::string narrow(3 * wide.size(), '\0');
   const INT count = WideCharToMultiByte(CP_UTF8, 0, wide.data(), CheckedLength(wide.size()), narrow.data(),
                                         CheckedLength(narrow.size()), nullptr, nullptr);

@@ -21,6 +21,7 @@ bool IsAscii(std::string_view text);
 
 // `text` is well-formed UTF-8.
 std::u16string Utf16FromUtf8(std::string_view text);
+std::string Utf8FromUtf16(std::u16string_view text);
 std::u16string Utf16FromAnsi(std::string_view text);
 std::string Utf8FromAnsi(std::string_view text);
 

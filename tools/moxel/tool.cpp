@@ -6,10 +6,13 @@
 #include <exception>
 #include <string>
 
+#include "moxel/automation_error.h"
 #include "moxel/component_commands.h"
 #include "moxel/console.h"
 #include "moxel/error.h"
 #include "moxel/registry_commands.h"
+#include "moxel/text.h"
+#include "moxel/variable_commands.h"
 #include "moxel/verbs.h"
 
 namespace moxel {
@@ -33,6 +36,7 @@ void Define(CLI::App& app, tool::Console& console) {
   app.footer("Example:\n  moxel registry import site.reg");
   tool::AddRegistryCommands(app, console);
   tool::AddComponentCommands(app, console);
+  tool::AddVariableCommands(app, console);
 }
 
 std::string OneLine(std::string message) {
@@ -69,6 +73,10 @@ int RunTool(int argc, const char* const* argv, std::istream& in, std::ostream& o
   } catch (const tool::ToolError& error) {
     err << "moxel: " << OneLine(error.what()) << '\n';
     return error.exit_code();
+  } catch (const AutomationError& error) {
+    err << "moxel: error " << error.number() << ", " << tool::Utf8FromUtf16(error.source()) << ": "
+        << OneLine(tool::Utf8FromUtf16(error.description())) << '\n';
+    return 1;
   } catch (const std::exception& error) {
     err << "moxel: " << OneLine(error.what()) << '\n';
     return 1;
