@@ -70,6 +70,69 @@ struct _Utilisateurs : IDispatch {
   virtual HRESULT get_NewEnum(IUnknown** result) = 0;
 };
 
+// One task of a scenario.
+struct _Traitement : IDispatch {
+  static constexpr IID iid = IID__Traitement;
+  virtual HRESULT get_key(BSTR* result) = 0;
+  virtual HRESULT put_key(BSTR value) = 0;
+  virtual HRESULT raw_Initialize(VARIANT wScenarioName, SHORT wState, SHORT* result) = 0;
+  virtual HRESULT get_TypeTask(SHORT* result) = 0;
+  virtual HRESULT get_State(SHORT* result) = 0;
+  virtual HRESULT get_Selected(SHORT* result) = 0;
+  virtual HRESULT put_Selected(SHORT value) = 0;
+  virtual HRESULT get_LastExe(VARIANT* result) = 0;
+  virtual HRESULT get_StatusAct(VARIANT* result) = 0;
+  virtual HRESULT get_Source(VARIANT* result) = 0;
+};
+
+// The tasks of one scenario.
+struct _Traitements : IDispatch {
+  static constexpr IID iid = IID__Traitements;
+  virtual HRESULT raw_Add(_Traitement** wTraitement) = 0;
+  virtual HRESULT get_Item(VARIANT vntIndexKey, _Traitement** result) = 0;
+  virtual HRESULT raw_DeleteTraitement(_Traitement** wTraitement, BSTR wScenarioName, SHORT* result) = 0;
+  virtual HRESULT get_Count(LONG* result) = 0;
+  virtual HRESULT raw_Remove(VARIANT vntIndexKey) = 0;
+  virtual HRESULT get_NewEnum(IUnknown** result) = 0;
+};
+
+struct _Collection;
+
+// A set of tasks in an order, with users and variables of its own. Putting a null collection makes the next
+// get load afresh.
+struct _Scenario : IDispatch {
+  static constexpr IID iid = IID__Scenario;
+  virtual HRESULT get_key(BSTR* result) = 0;
+  virtual HRESULT put_key(BSTR value) = 0;
+  virtual HRESULT raw_Initialize(SHORT wMode, SHORT wWithOutVar, SHORT* result) = 0;
+  virtual HRESULT get_Mode(SHORT* result) = 0;
+  virtual HRESULT get_Directory(VARIANT* result) = 0;
+  virtual HRESULT get_UseSocket(SHORT* result) = 0;
+  virtual HRESULT get_Port(VARIANT* result) = 0;
+  virtual HRESULT get_State(SHORT* result) = 0;
+  virtual HRESULT get_Hwnd(LONG* result) = 0;
+  virtual HRESULT get_LastExe(VARIANT* result) = 0;
+  virtual HRESULT get_Variables(_Variables** result) = 0;
+  virtual HRESULT putref_Variables(_Variables* value) = 0;
+  virtual HRESULT get_Traitements(_Traitements** result) = 0;
+  virtual HRESULT putref_Traitements(_Traitements* value) = 0;
+  virtual HRESULT get_TraitementsSelected(_Collection** result) = 0;
+  virtual HRESULT putref_TraitementsSelected(_Collection* value) = 0;
+  virtual HRESULT get_Utilisateurs(_Utilisateurs** result) = 0;
+  virtual HRESULT putref_Utilisateurs(_Utilisateurs* value) = 0;
+};
+
+// Scenarios of the product or of one domain.
+struct _Scenarios : IDispatch {
+  static constexpr IID iid = IID__Scenarios;
+  virtual HRESULT raw_DeleteScenario(_Scenario** wScenario, SHORT wForce, SHORT* result) = 0;
+  virtual HRESULT raw_Add(_Scenario** wScen) = 0;
+  virtual HRESULT get_Item(VARIANT vntIndexKey, _Scenario** result) = 0;
+  virtual HRESULT get_Count(LONG* result) = 0;
+  virtual HRESULT raw_Remove(VARIANT vntIndexKey) = 0;
+  virtual HRESULT get_NewEnum(IUnknown** result) = 0;
+};
+
 // Finds one variable of a domain or a scenario without loading anything else.
 struct _RootVar : IDispatch {
   static constexpr IID iid = IID__RootVar;

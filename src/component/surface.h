@@ -65,15 +65,22 @@ class IncomingObject {
  public:
   explicit IncomingObject(IUnknown* object) : object_(object) {}
 
-  template <class Logic>
+  template <std::derived_from<IUnknown> Logic>
   operator Logic&() const {
-    void* own = nullptr;
     if (!object_) throw NullPointer();
+    return *static_cast<Logic*>(*this);
+  }
+
+  // Null: no object.
+  template <std::derived_from<IUnknown> Logic>
+  operator Logic*() const {
+    void* own = nullptr;
+    if (!object_) return nullptr;
     if (FAILED(object_->QueryInterface(OwnObjectId(interface_id<Logic>), &own)))
       throw AutomationError::TypeMismatch();
     auto* logic = static_cast<std::remove_const_t<Logic>*>(own);
     logic->Release();  // the client holds it for the time of the call
-    return *logic;
+    return logic;
   }
 
  private:

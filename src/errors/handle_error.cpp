@@ -2,6 +2,7 @@
 
 #include <limits>
 #include <string>
+#include <utility>
 
 #include "errors/messages.h"
 #include "moxel/automation_error.h"

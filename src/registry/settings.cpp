@@ -1,5 +1,7 @@
 #include "registry/settings.h"
 
+#include <utility>
+
 #include "registry/schema.h"
 #include "registry/store.h"
 

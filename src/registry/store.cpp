@@ -192,7 +192,7 @@ Status RegDeleteKeyTree(std::u16string_view parent_path, std::u16string_view sub
     return result == ERROR_SUCCESS;
   };
   if (delete_subkey()) return VARIANT_TRUE;
-  const std::u16string path = schema::Below(parent_path, subkey);
+  const std::u16string path = schema::Path(parent_path, subkey);
   if (Open(AbsolutePath(path), kReadWrite, handle) == ERROR_SUCCESS) {
     // Each pass deletes the first child, so that the next one is first in the next pass.
     for (std::u16string child; RegEnumSubKeys(handle, 0, child);) RegDeleteKeyTree(path, child);

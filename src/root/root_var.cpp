@@ -1,8 +1,8 @@
 #include "root/root_var.h"
 
 #include "errors/attempt.h"
+#include "registry/enumeration.h"
 #include "registry/schema.h"
-#include "registry/store.h"
 #include "variables/variable_record.h"
 
 namespace moxel {
@@ -11,18 +11,15 @@ ObjectPtr<Variable> RootVar::RecupVariable(const Variant& wDom, const Variant& w
                                            const Variant& wVar) const {
   std::u16string base;
   Attempt([&] {
-    base = wDom.Equals(u"") ? schema::Below(schema::kScenarios, wScen.ToText())
-                            : schema::Below(schema::kDomain, wDom.ToText());
+    base = wDom.Equals(u"") ? schema::Path(schema::kScenarios, wScen.ToText())
+                            : schema::Path(schema::kDomain, wDom.ToText());
   });
-  const std::u16string variables_path = schema::Below(base, schema::kVar);
-  StoreHandle variables = 0;
-  if (!RegOpenKeyPath(variables_path, variables, KEY_ENUMERATE_SUB_KEYS)) return nullptr;
+  const std::u16string variables_path = schema::Path(base, schema::kVar);
   ObjectPtr<Variable> result;
   VariableRecordReader reader;
-  std::u16string name;
-  for (std::int32_t index = 0; RegEnumSubKeys(variables, index, name); ++index)
+  ForEachSubKey(variables_path, [&](const std::u16string& name) {
     if (wVar.Equals(name)) result = reader.Read(variables_path, name);
-  RegCloseKeyHandle(variables);
+  });
   return result;
 }
 

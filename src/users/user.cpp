@@ -2,6 +2,7 @@
 
 #include "errors/handle_error.h"
 #include "moxel/enumerations.h"
+#include "registry/enumeration.h"
 #include "registry/schema.h"
 #include "registry/scrambling.h"
 #include "registry/store.h"
@@ -55,17 +56,13 @@ Variant User::PasswordDecrypted() const {
 }
 
 Status User::Validate() const {
-  StoreHandle existing = 0;
-  if (RegOpenKeyPath(Path(), existing, KEY_ENUMERATE_SUB_KEYS)) {
-    RegCloseKeyHandle(existing);
-    HandleError(lMXUserError_UserAlreadyExist, u"User:Validate");
-  }
+  if (KeyExists(Path())) HandleError(lMXUserError_UserAlreadyExist, u"User:Validate");
   WritePermission(permission_);
   WritePassword();
   return VARIANT_TRUE;
 }
 
-std::u16string User::Path() const { return schema::Below(schema::kUser, key); }
+std::u16string User::Path() const { return schema::Path(schema::kUser, key); }
 
 void User::WritePermission(std::int16_t permission) const {
   RegWriteValue(Path(), schema::kAccessPerm, REG_DWORD, Variant(permission).ToText());

@@ -37,7 +37,7 @@ Status RemoveUserFromScenarios(HKEY hive, const std::u16string& path, std::u16st
   StoreHandle key = OpenAbsolute(hive, path);
   std::u16string name;
   for (std::int32_t index = 0; RegEnumSubKeys(key, index, name); ++index) {
-    const std::u16string subkey_path = schema::Below(path, name);
+    const std::u16string subkey_path = schema::Path(path, name);
     if (name == schema::kUser) RemoveUserFromList(hive, subkey_path, user);
     RemoveUserFromScenarios(hive, subkey_path, user);
   }

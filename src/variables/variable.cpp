@@ -4,6 +4,7 @@
 
 #include "errors/handle_error.h"
 #include "errors/messages.h"
+#include "registry/enumeration.h"
 #include "registry/schema.h"
 #include "registry/scrambling.h"
 #include "registry/store.h"
@@ -21,11 +22,11 @@ constexpr std::u16string_view kVarTypeSource = u"Variable:VarType Property Let";
 constexpr std::u16string_view kValueSource = u"Variable:Value Property Let";
 
 std::u16string VariablesOfDomain(std::u16string_view name) {
-  return std::u16string(schema::kDomain).append(u"\\").append(name).append(u"\\Var\\");
+  return schema::Path(schema::kDomain, name, schema::kVar, u"");
 }
 
 std::u16string VariablesOfScenario(std::u16string_view name) {
-  return std::u16string(schema::kScenarios).append(u"\\").append(name).append(u"\\Var\\");
+  return schema::Path(schema::kScenarios, name, schema::kVar, u"");
 }
 
 // Where the owner's variables lie. An object that is neither a domain nor a scenario, or none, gives the
@@ -217,11 +218,7 @@ Status Variable::Duplicate(const Variant& wVarName, IDispatch* wObj) {
 Status Variable::Validate(IDispatch* wObj) { return WriteAsNew(OwnerPath(wObj) + key, u"Variable:Validate"); }
 
 Status Variable::WriteAsNew(const std::u16string& path, std::u16string_view source) const {
-  StoreHandle existing = 0;
-  if (RegOpenKeyPath(path, existing, KEY_ENUMERATE_SUB_KEYS)) {
-    RegCloseKeyHandle(existing);
-    HandleError(lMXVariableError_VariableAlreadyExist, source);
-  }
+  if (KeyExists(path)) HandleError(lMXVariableError_VariableAlreadyExist, source);
   WriteVariable(path, var_type_, data_type_, value_, init_);
   return VARIANT_TRUE;
 }

@@ -9,7 +9,7 @@ namespace moxel {
 
 ObjectPtr<Variable> VariableRecordReader::Read(const std::u16string& variables_path,
                                                const std::u16string& name) {
-  const std::u16string path = schema::Below(variables_path, name);
+  const std::u16string path = schema::Path(variables_path, name);
   var_type_ = RegReadValue(path, schema::kVarType);
   Variant type = RegReadValue(path, schema::kType);
   Attempt([&] { data_type_ = type.Equals(u"") ? std::int16_t{0} : type.ToI2(); });

@@ -10,7 +10,7 @@ namespace moxel {
 namespace {
 
 Status DeleteBelow(std::u16string_view level, IDispatch* owner, const Variable& variable) {
-  return RegDeleteKeyPath(schema::Below(schema::Below(level, KeyOf(owner)), schema::kVar), variable.key);
+  return RegDeleteKeyPath(schema::Path(level, KeyOf(owner), schema::kVar), variable.key);
 }
 
 }  // namespace
