@@ -12,8 +12,9 @@ std::span<const CreatableClass> CreatableClasses() {
 }
 
 std::span<const ClassInfo& (*const)()> AllClasses() {
-  static constexpr const ClassInfo& (*kClasses[])() = {RootVarInfo, UtilisateursInfo, UserInfo, VariablesInfo,
-                                                       VariableInfo};
+  static constexpr const ClassInfo& (*kClasses[])() = {RootVarInfo,     ScenariosInfo,  ScenarioInfo,
+                                                       TraitementsInfo, TraitementInfo, UtilisateursInfo,
+                                                       UserInfo,        VariablesInfo,  VariableInfo};
   return kClasses;
 }
 

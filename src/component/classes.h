@@ -9,6 +9,10 @@
 namespace moxel::component {
 
 const ClassInfo& RootVarInfo();
+const ClassInfo& ScenariosInfo();
+const ClassInfo& ScenarioInfo();
+const ClassInfo& TraitementsInfo();
+const ClassInfo& TraitementInfo();
 const ClassInfo& VariableInfo();
 const ClassInfo& VariablesInfo();
 const ClassInfo& UserInfo();

@@ -132,6 +132,11 @@ Variant RegReadValue(std::u16string_view key_path, std::u16string_view value_nam
   return {};
 }
 
+Variant ReadNumberOrZero(std::u16string_view key_path, std::u16string_view value_name) {
+  Variant value = RegReadValue(key_path, value_name);
+  return value.Equals(u"") ? Variant(std::int32_t{0}) : value;
+}
+
 Status RegWriteValue(std::u16string_view key_path, std::u16string_view value_name, DWORD value_type,
                      std::u16string_view value) {
   HKEY handle = 0;

@@ -37,6 +37,9 @@ Status RegEnumValues(StoreHandle handle, std::int32_t index, std::u16string& dat
 Variant RegReadValue(std::u16string_view key_path, std::u16string_view value_name,
                      std::int32_t* type = nullptr);
 
+// The same, with the number 0 in the place of "".
+Variant ReadNumberOrZero(std::u16string_view key_path, std::u16string_view value_name);
+
 // Writes a text as REG_SZ (1) or as REG_DWORD (4) and creates the path; of any other type nothing but the
 // path. Error 13 or 6 when a text for REG_DWORD is not a number that fits; the path is there by then.
 Status RegWriteValue(std::u16string_view key_path, std::u16string_view value_name, DWORD value_type,

@@ -1,6 +1,7 @@
 #include "variables/variable_record.h"
 
 #include "errors/attempt.h"
+#include "registry/enumeration.h"
 #include "registry/schema.h"
 #include "registry/scrambling.h"
 #include "registry/store.h"
@@ -11,8 +12,7 @@ ObjectPtr<Variable> VariableRecordReader::Read(const std::u16string& variables_p
                                                const std::u16string& name) {
   const std::u16string path = schema::Path(variables_path, name);
   var_type_ = RegReadValue(path, schema::kVarType);
-  Variant type = RegReadValue(path, schema::kType);
-  Attempt([&] { data_type_ = type.Equals(u"") ? std::int16_t{0} : type.ToI2(); });
+  Attempt([&] { data_type_ = ReadNumberOrZero(path, schema::kType).ToI2(); });
   if (data_type_ == MXVariableDataType_Real) {
     value_ = RegReadRawValue(path, schema::kValue);
     if (var_type_.Equals(u"V")) init_ = RegReadRawValue(path, schema::kInit);
@@ -31,6 +31,15 @@ ObjectPtr<Variable> VariableRecordReader::Read(const std::u16string& variables_p
   Attempt([&] { variable->SetValue(value_); });
   Attempt([&] { variable->SetInit(init_); });
   return variable;
+}
+
+void LoadVariableRecords(std::u16string_view owner_path, Variables& variables) {
+  const std::u16string variables_path = schema::Path(owner_path, schema::kVar);
+  VariableRecordReader reader;
+  ForEachSubKey(variables_path, [&](const std::u16string& name) {
+    ObjectPtr<Variable> variable = reader.Read(variables_path, name);
+    Attempt([&] { variables.Add(*variable); });
+  });
 }
 
 }  // namespace moxel

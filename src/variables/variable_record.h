@@ -3,9 +3,11 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "moxel/object_ptr.h"
 #include "variables/variable.h"
+#include "variables/variables.h"
 
 namespace moxel {
 
@@ -24,5 +26,9 @@ class VariableRecordReader {
   Variant value_;
   Variant init_;
 };
+
+// Adds all variables of the owner at a path to its collection. Never fails: what cannot be read is passed
+// over.
+void LoadVariableRecords(std::u16string_view owner_path, Variables& variables);
 
 }  // namespace moxel

@@ -93,7 +93,8 @@ struct Early {
   std::string value;
 };
 
-Early Of(HRESULT result, SHORT number) {
+// By reference: read after the call that fills it.
+Early Of(HRESULT result, const SHORT& number) {
   return {result, SUCCEEDED(result) ? Shown(Variant(number)) : "empty"};
 }
 Early Of(HRESULT result, const Variant& value) { return {result, Shown(value)}; }

@@ -1,0 +1,59 @@
+#include "scenarios/traitement.h"
+
+#include "component/classes.h"
+#include "component/members.h"
+#include "component/surface.h"
+
+namespace moxel {
+namespace component {
+
+const ClassInfo& TraitementInfo() {
+  using I = _Traitement;
+  static const ClassInfo info{
+      u"Traitement",
+      u"_Traitement",
+      &CLSID_Traitement,
+      &IID__Traitement,
+      u"",
+      {
+          Get<&I::get_key>(u"key", 0x40030000),
+          Put<&I::put_key>(u"key", 0x40030000),
+          Function<&I::raw_Initialize>(u"Initialize", 0x60030006, {{u"wScenarioName"}, {u"wState"}}),
+          Get<&I::get_TypeTask>(u"TypeTask", 0x68030005),
+          Get<&I::get_State>(u"State", 0x68030004),
+          Get<&I::get_Selected>(u"Selected", 0x68030003),
+          Put<&I::put_Selected>(u"Selected", 0x68030003),
+          Get<&I::get_LastExe>(u"LastExe", 0x68030002),
+          Get<&I::get_StatusAct>(u"StatusAct", 0x68030001),
+          Get<&I::get_Source>(u"Source", 0x68030000),
+      },
+  };
+  return info;
+}
+
+namespace {
+
+class TraitementSurface final : public Surface<Traitement, _Traitement, TraitementInfo> {
+ public:
+  HRESULT get_key(BSTR* result) override { return Forward<&Traitement::key>(result); }
+  HRESULT put_key(BSTR value) override { return Assign<&Traitement::key>(value); }
+  HRESULT raw_Initialize(VARIANT wScenarioName, SHORT wState, SHORT* result) override {
+    return Forward<&Traitement::Initialize>(result, wScenarioName, wState);
+  }
+  HRESULT get_TypeTask(SHORT* result) override { return Forward<&Traitement::TypeTask>(result); }
+  HRESULT get_State(SHORT* result) override { return Forward<&Traitement::State>(result); }
+  HRESULT get_Selected(SHORT* result) override { return Forward<&Traitement::Selected>(result); }
+  HRESULT put_Selected(SHORT value) override { return Perform<&Traitement::SetSelected>(value); }
+  HRESULT get_LastExe(VARIANT* result) override { return Forward<&Traitement::LastExe>(result); }
+  HRESULT get_StatusAct(VARIANT* result) override { return Forward<&Traitement::StatusAct>(result); }
+  HRESULT get_Source(VARIANT* result) override { return Forward<&Traitement::Source>(result); }
+};
+
+}  // namespace
+}  // namespace component
+
+ObjectPtr<Traitement> Traitement::Create() {
+  return component::New<component::TraitementSurface, Traitement>();
+}
+
+}  // namespace moxel
