@@ -133,6 +133,43 @@ struct _Scenarios : IDispatch {
   virtual HRESULT get_NewEnum(IUnknown** result) = 0;
 };
 
+// A group of scenarios with variables of its own.
+struct _Domaine : IDispatch {
+  static constexpr IID iid = IID__Domaine;
+  virtual HRESULT get_key(BSTR* result) = 0;
+  virtual HRESULT put_key(BSTR value) = 0;
+  virtual HRESULT raw_Initialize(SHORT wWithOutDomVar, SHORT wWithOutScenVar, SHORT* result) = 0;
+  virtual HRESULT get_Comment(VARIANT* result) = 0;
+  virtual HRESULT raw_Update(VARIANT* wComment, SHORT* result) = 0;
+  virtual HRESULT get_Variables(_Variables** result) = 0;
+  virtual HRESULT get_Scenarios(_Scenarios** result) = 0;
+  virtual HRESULT putref_Variables(_Variables* value) = 0;
+  virtual HRESULT putref_Scenarios(_Scenarios* value) = 0;
+};
+
+// All domains.
+struct _Domaines : IDispatch {
+  static constexpr IID iid = IID__Domaines;
+  virtual HRESULT raw_Add(_Domaine** wDomaine) = 0;
+  virtual HRESULT raw_DeleteDomain(_Domaine** wDomaine, SHORT wForce, SHORT* result) = 0;
+  virtual HRESULT raw_NewDomain(BSTR* wDom, VARIANT* wComment, _Domaine** result) = 0;
+  virtual HRESULT get_Item(VARIANT* vntIndexKey, _Domaine** result) = 0;
+  virtual HRESULT get_Count(LONG* result) = 0;
+  virtual HRESULT raw_Remove(VARIANT* vntIndexKey) = 0;
+  virtual HRESULT get_NewEnum(IUnknown** result) = 0;
+};
+
+// The entry to all users, all domains and the scenarios of no domain.
+struct _Root : IDispatch {
+  static constexpr IID iid = IID__Root;
+  virtual HRESULT get_Utilisateurs(_Utilisateurs** result) = 0;
+  virtual HRESULT putref_Utilisateurs(_Utilisateurs* value) = 0;
+  virtual HRESULT get_Scenarios(_Scenarios** result) = 0;
+  virtual HRESULT putref_Scenarios(_Scenarios* value) = 0;
+  virtual HRESULT get_Domaines(_Domaines** result) = 0;
+  virtual HRESULT putref_Domaines(_Domaines* value) = 0;
+};
+
 // Finds one variable of a domain or a scenario without loading anything else.
 struct _RootVar : IDispatch {
   static constexpr IID iid = IID__RootVar;

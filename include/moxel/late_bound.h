@@ -50,6 +50,8 @@ inline void ThrowIfFailed(HRESULT result) {
 // Calls a member by its name, arguments in order. Throws the error that the object answers.
 inline Variant CallByName(IDispatch* object, std::u16string name, WORD flags,
                           std::vector<Variant> arguments = {}) {
+  // What an earlier call left must not describe a failure of this one.
+  SetErrorInfo(0, nullptr);
   OLECHAR* names[] = {name.data()};
   DISPID id = DISPID_UNKNOWN;
   ThrowIfFailed(object->GetIDsOfNames(GUID_NULL, names, 1, 0, &id));

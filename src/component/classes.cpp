@@ -1,11 +1,13 @@
 #include "component/classes.h"
 
+#include "root/root.h"
 #include "root/root_var.h"
 
 namespace moxel::component {
 
 std::span<const CreatableClass> CreatableClasses() {
   static const CreatableClass classes[] = {
+      {RootInfo, "MOXEL.Root", [] { return ObjectPtr<IUnknown>(Root::Create()); }},
       {RootVarInfo, "MOXEL.RootVar", [] { return ObjectPtr<IUnknown>(RootVar::Create()); }},
   };
   return classes;

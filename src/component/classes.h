@@ -8,7 +8,10 @@
 
 namespace moxel::component {
 
+const ClassInfo& RootInfo();
 const ClassInfo& RootVarInfo();
+const ClassInfo& DomainesInfo();
+const ClassInfo& DomaineInfo();
 const ClassInfo& ScenariosInfo();
 const ClassInfo& ScenarioInfo();
 const ClassInfo& TraitementsInfo();

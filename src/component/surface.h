@@ -12,15 +12,9 @@
 #include "component/dispatch.h"
 #include "component/module.h"
 #include "moxel/interfaces.h"
+#include "platform/automation/own_object.h"
 
 namespace moxel::component {
-
-// By this identifier, which no client knows, the component tells its own objects from those that clients
-// implement: it gives the class of the object model itself.
-constexpr IID OwnObjectId(IID interface_id) {
-  interface_id.Data1 ^= 0xFFFFFFFF;
-  return interface_id;
-}
 
 namespace detail {
 
@@ -60,27 +54,21 @@ inline SHORT Take(SHORT* number) { return Dereference(number); }
 inline LONG Take(LONG number) { return number; }
 inline IDispatch* Take(IDispatch* object) { return object; }
 
-// An object of the component as a client passes it. Error 13 for anybody else's.
+// An object of the component as a client passes it, who holds it for the time of the call.
 class IncomingObject {
  public:
   explicit IncomingObject(IUnknown* object) : object_(object) {}
+
+  // Null: no object.
+  template <std::derived_from<IUnknown> Logic>
+  operator Logic*() const {
+    return OwnObject<std::remove_const_t<Logic>>(object_).get();
+  }
 
   template <std::derived_from<IUnknown> Logic>
   operator Logic&() const {
     if (!object_) throw NullPointer();
     return *static_cast<Logic*>(*this);
-  }
-
-  // Null: no object.
-  template <std::derived_from<IUnknown> Logic>
-  operator Logic*() const {
-    void* own = nullptr;
-    if (!object_) return nullptr;
-    if (FAILED(object_->QueryInterface(OwnObjectId(interface_id<Logic>), &own)))
-      throw AutomationError::TypeMismatch();
-    auto* logic = static_cast<std::remove_const_t<Logic>*>(own);
-    logic->Release();  // the client holds it for the time of the call
-    return logic;
   }
 
  private:

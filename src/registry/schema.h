@@ -32,14 +32,18 @@ inline constexpr std::u16string_view kLang = u"Lang";
 inline constexpr std::u16string_view kAccessPerm = u"AccessPerm";
 inline constexpr std::u16string_view kPassword = u"Password";
 
-// Values of a scenario.
+// Values of a domain, the second one also of a scenario.
+inline constexpr std::u16string_view kComment = u"Comment";
+inline constexpr std::u16string_view kAdmin = u"Admin";
+
+// Values of a scenario; the first one names its domain.
+inline constexpr std::u16string_view kDomainOfScenario = u"Domain";
 inline constexpr std::u16string_view kDir = u"Dir";
 inline constexpr std::u16string_view kTraitement = u"Traitement";
 inline constexpr std::u16string_view kUseSock = u"UseSock";
 inline constexpr std::u16string_view kSockNum = u"SockNum";
 inline constexpr std::u16string_view kDateTraitement = u"Date Traitement";
 inline constexpr std::u16string_view kHwnd = u"Hwnd";
-inline constexpr std::u16string_view kAdmin = u"Admin";
 
 // The run state of a scenario and of a task.
 inline constexpr std::u16string_view kEtat = u"Etat";

@@ -1,6 +1,5 @@
 #include "scenarios/scenario.h"
 
-#include <limits>
 #include <map>
 
 #include "errors/attempt.h"
@@ -12,11 +11,6 @@
 
 namespace moxel {
 namespace {
-
-std::int16_t ToCounter(std::int32_t count) {
-  if (count > std::numeric_limits<std::int16_t>::max()) throw AutomationError::Overflow();
-  return static_cast<std::int16_t>(count);
-}
 
 // The statuses of a task's actions in one text; a blank marks an action without status.
 std::u16string ReadStatuses(std::u16string_view task_path) {
@@ -85,14 +79,15 @@ ObjectPtr<Traitement> Scenario::SelectedTask(std::int16_t position) {
   return Traitements()->Item(TraitementsSelected()->Item(position));
 }
 
+// The counters of the resets are 16-bit: more entries than fit are refused.
 void Scenario::ResetAllTasks() {
-  const std::int16_t count = ToCounter(TraitementsSelected()->Count());
+  const std::int16_t count = Variant(TraitementsSelected()->Count()).ToI2();
   for (std::int32_t i = 1; i <= count; ++i)
     SelectedTask(static_cast<std::int16_t>(i))->Initialize(key, MXTraitementState_NotProcessed);
 }
 
 void Scenario::ResetFailedTasks() {
-  const std::int16_t count = ToCounter(TraitementsSelected()->Count());
+  const std::int16_t count = Variant(TraitementsSelected()->Count()).ToI2();
   for (std::int32_t i = 1; i <= count; ++i) {
     ObjectPtr<Traitement> task = SelectedTask(static_cast<std::int16_t>(i));
     const bool failed = task->State() == MXTraitementState_WithError;
@@ -108,7 +103,7 @@ void Scenario::ResetRunState() {
 }
 
 void Scenario::ResetVariables() {
-  const std::int16_t count = ToCounter(Variables()->Count());
+  const std::int16_t count = Variant(Variables()->Count()).ToI2();
   for (std::int32_t i = 1; i <= count; ++i) Variables()->Item(i)->Initialize(this);
 }
 

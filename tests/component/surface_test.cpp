@@ -263,6 +263,17 @@ TEST_F(SurfaceTest, NumbersOfFailuresOnTheWire) {
   EXPECT_EQ(TakeErrorInfo(), (ErrorText{true, u"MOXEL", u"Resource with identifier '1053' not found"}));
 }
 
+TEST_F(SurfaceTest, AnOldFailureDoesNotDescribeANewOne) {
+  ObjectPtr<Variable> variable = Variable::Create();
+  Owner owner({IID__Domaine}, u"D");
+  owner.Fail(DISP_E_UNKNOWNNAME);
+  SHORT status = 0;
+  EXPECT_EQ(variable->raw_Update(Variant(u"v"), 0, Variant(), Variant(), nullptr, &status),
+            kApplication + 1500);
+  EXPECT_EQ(variable->raw_Duplicate(Variant(u"Y"), &owner, &status), DISP_E_UNKNOWNNAME);
+  EXPECT_EQ(TakeErrorInfo(), (ErrorText{true, u"MOXEL", u"Automation error"}));
+}
+
 TEST_F(SurfaceTest, NullPointersAreRefusedNotFollowed) {
   ObjectPtr<Variable> variable = Variable::Create();
   ObjectPtr<RootVar> root_var = RootVar::Create();

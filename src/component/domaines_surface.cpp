@@ -1,0 +1,48 @@
+#include "domains/domaines.h"
+
+#include "component/classes.h"
+#include "component/collection_surface.h"
+
+namespace moxel {
+namespace component {
+
+const ClassInfo& DomainesInfo() {
+  using I = _Domaines;
+  static const ClassInfo info{
+      u"Domaines",
+      u"_Domaines",
+      &CLSID_Domaines,
+      &IID__Domaines,
+      u"",
+      {
+          Method<&I::raw_Add>(u"Add", 0x60030001, {{u"wDomaine"}}),
+          Function<&I::raw_DeleteDomain>(u"DeleteDomain", 0x60030002, {{u"wDomaine"}, {u"wForce"}}),
+          Function<&I::raw_NewDomain>(u"NewDomain", 0x60030003, {{u"wDom"}, {u"wComment"}}),
+          ItemMember<I>(),
+          CountMember<I>(),
+          Method<&I::raw_Remove>(u"Remove", 0x60030004, {{u"vntIndexKey"}}),
+          NewEnumMember<I>(),
+      },
+  };
+  return info;
+}
+
+namespace {
+
+class DomainesSurface final
+    : public CollectionSurface<Domaines, _Domaines, DomainesInfo, _Domaine, VARIANT*, _Domaine**> {
+ public:
+  HRESULT raw_DeleteDomain(_Domaine** wDomaine, SHORT wForce, SHORT* result) override {
+    return Forward<&Domaines::DeleteDomain>(result, wDomaine, wForce);
+  }
+  HRESULT raw_NewDomain(BSTR* wDom, VARIANT* wComment, _Domaine** result) override {
+    return Forward<&Domaines::NewDomain>(result, wDom, wComment);
+  }
+};
+
+}  // namespace
+}  // namespace component
+
+ObjectPtr<Domaines> Domaines::Create() { return component::New<component::DomainesSurface, Domaines>(); }
+
+}  // namespace moxel
