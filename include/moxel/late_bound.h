@@ -47,22 +47,32 @@ inline void ThrowIfFailed(HRESULT result) {
   throw AutomationError(NumberOf(result), std::u16string(source.view()), std::u16string(description.view()));
 }
 
-// Calls a member by its name, arguments in order. Throws the error that the object answers.
-inline Variant CallByName(IDispatch* object, std::u16string name, WORD flags,
-                          std::vector<Variant> arguments = {}) {
-  // What an earlier call left must not describe a failure of this one.
+inline DISPID IdOf(IDispatch* object, std::u16string name) {
   SetErrorInfo(0, nullptr);
   OLECHAR* names[] = {name.data()};
   DISPID id = DISPID_UNKNOWN;
   ThrowIfFailed(object->GetIDsOfNames(GUID_NULL, names, 1, 0, &id));
-  std::reverse(arguments.begin(), arguments.end());
-  DISPPARAMS parameters{arguments.data(), nullptr, static_cast<UINT>(arguments.size()), 0};
+  return id;
+}
+
+// Calls a member by its dispatch id. Throws the error that the object answers.
+inline Variant CallById(IDispatch* object, DISPID id, WORD flags, DISPPARAMS parameters = {}) {
+  // What an earlier call left must not describe a failure of this one.
+  SetErrorInfo(0, nullptr);
   Variant result;
   EXCEPINFO exception{};
   HRESULT answer = object->Invoke(id, GUID_NULL, 0, flags, &parameters, &result, &exception, nullptr);
   if (answer == DISP_E_EXCEPTION) ThrowException(exception);
   ThrowIfFailed(answer);
   return result;
+}
+
+// Calls a member by its name, arguments in order. Throws the error that the object answers.
+inline Variant CallByName(IDispatch* object, std::u16string name, WORD flags,
+                          std::vector<Variant> arguments = {}) {
+  std::reverse(arguments.begin(), arguments.end());
+  return CallById(object, IdOf(object, std::move(name)), flags,
+                  {arguments.data(), nullptr, static_cast<UINT>(arguments.size()), 0});
 }
 
 inline Variant GetProperty(IDispatch* object, std::u16string name) {
@@ -72,5 +82,53 @@ inline Variant GetProperty(IDispatch* object, std::u16string name) {
 inline Variant CallMethod(IDispatch* object, std::u16string name, std::vector<Variant> arguments) {
   return CallByName(object, std::move(name), DISPATCH_METHOD, std::move(arguments));
 }
+
+// Makes a property hold an object, or none.
+inline void PutReference(IDispatch* object, std::u16string name, IDispatch* value) {
+  Variant argument(value);
+  DISPID put = DISPID_PROPERTYPUT;
+  CallById(object, IdOf(object, std::move(name)), DISPATCH_PROPERTYPUTREF, {&argument, &put, 1, 1});
+}
+
+// What a collection holds, in its order, once: for (const Variant& element : Elements(collection)).
+class Elements {
+ public:
+  // Throws when the object is no collection.
+  explicit Elements(IDispatch* collection) {
+    const Variant answer =
+        CallById(collection, DISPID_NEWENUM, static_cast<WORD>(DISPATCH_METHOD | DISPATCH_PROPERTYGET));
+    if (answer.vt == VT_UNKNOWN || answer.vt == VT_DISPATCH)
+      enumerator_ = ObjectPtr<IEnumVARIANT>::Query(answer.punkVal);
+    if (!enumerator_) throw AutomationError::TypeMismatch();
+  }
+
+  struct End {};
+
+  class Iterator {
+   public:
+    explicit Iterator(IEnumVARIANT* enumerator) : enumerator_(enumerator) { ++*this; }
+    const Variant& operator*() const { return element_; }
+    Iterator& operator++() {
+      element_ = Variant();
+      ULONG fetched = 0;
+      const HRESULT answer = enumerator_->Next(1, &element_, &fetched);
+      ThrowIfFailed(answer);
+      at_end_ = answer != S_OK || fetched == 0;
+      return *this;
+    }
+    bool operator!=(End) const { return !at_end_; }
+
+   private:
+    IEnumVARIANT* enumerator_;
+    Variant element_;
+    bool at_end_ = false;
+  };
+
+  Iterator begin() const { return Iterator(enumerator_.get()); }
+  End end() const { return {}; }
+
+ private:
+  ObjectPtr<IEnumVARIANT> enumerator_;
+};
 
 }  // namespace moxel

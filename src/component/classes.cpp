@@ -14,9 +14,9 @@ std::span<const CreatableClass> CreatableClasses() {
 }
 
 std::span<const ClassInfo& (*const)()> AllClasses() {
-  static constexpr const ClassInfo& (*kClasses[])() = {RootVarInfo,     ScenariosInfo,  ScenarioInfo,
-                                                       TraitementsInfo, TraitementInfo, UtilisateursInfo,
-                                                       UserInfo,        VariablesInfo,  VariableInfo};
+  static constexpr const ClassInfo& (*kClasses[])() = {
+      RootInfo,        RootVarInfo,    DomainesInfo,     DomaineInfo, ScenariosInfo, ScenarioInfo,
+      TraitementsInfo, TraitementInfo, UtilisateursInfo, UserInfo,    VariablesInfo, VariableInfo};
   return kClasses;
 }
 

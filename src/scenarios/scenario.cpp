@@ -23,7 +23,7 @@ std::u16string ReadStatuses(std::u16string_view task_path) {
 }
 
 std::u16string WithoutPrefix(std::u16string name) {
-  for (std::size_t at; (at = name.find(schema::kOrderPrefix)) != std::u16string::npos;)
+  for (std::size_t at = 0; (at = name.find(schema::kOrderPrefix, at)) != std::u16string::npos;)
     name.erase(at, schema::kOrderPrefix.size());
   return name;
 }

@@ -59,6 +59,5 @@ LPCSTR RegFileCause() { return moxel::platform::LastCause().c_str(); }
 
 LPCSTR RegFilePath() {
   thread_local std::string path;
-  path = Session::FilePath();
-  return path.c_str();
+  return path.assign(Session::FilePath()).c_str();
 }

@@ -1,0 +1,40 @@
+// What commands print: JSON for programs, tables and trees for people.
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "moxel/console.h"
+
+namespace moxel::tool {
+
+using Json = nlohmann::ordered_json;
+
+// Escapes beyond ASCII too: the codes of 1252 that are control characters must not reach a terminal.
+void PrintJson(const Json& json, const Console& console);
+
+// A single value of a description for a terminal: texts without control characters, yes and no, nothing for
+// null.
+std::string Readable(const Json& value);
+
+// The columns of a table: a heading and the field of each row that stands below it.
+struct Column {
+  const char* heading;
+  const char* field;
+};
+
+// One line a row, columns aligned.
+void PrintTable(const std::vector<Column>& columns, const Json& rows, const Console& console);
+
+// Names and values below one another, the values aligned.
+void PrintFields(const std::vector<Column>& fields, const Json& object, const Console& console);
+
+struct TreeNode {
+  std::string label;
+  std::vector<TreeNode> children;
+};
+
+void PrintTree(const TreeNode& root, const Console& console);
+
+}  // namespace moxel::tool

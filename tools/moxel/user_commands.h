@@ -1,0 +1,11 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include "moxel/console.h"
+
+namespace moxel::tool {
+
+void AddUserCommands(CLI::App& app, Console& console);
+
+}  // namespace moxel::tool
