@@ -10,17 +10,9 @@
 
 namespace moxel::test {
 
-inline constexpr DISPID kKey = 0x40030000;
-inline constexpr DISPID kDuplicate = 0x60030005;
-inline constexpr DISPID kUpdate = 0x60030006;
-inline constexpr DISPID kUpdate1 = 0x60030007;
-inline constexpr DISPID kInitialize = 0x60030008;
-inline constexpr DISPID kInitialize1 = 0x60030009;
-inline constexpr DISPID kVarType = 0x68030003;
-inline constexpr DISPID kValue = 0x68030002;
-inline constexpr DISPID kInit = 0x68030001;
-inline constexpr DISPID kDataType = 0x68030000;
-inline constexpr DISPID kRecupVariable = 0x60030000;
+inline constexpr DISPID kKey = 0x40030000, kDuplicate = 0x60030005, kUpdate = 0x60030006,
+                        kUpdate1 = 0x60030007, kInitialize1 = 0x60030009, kValue = 0x68030002,
+                        kInit = 0x68030001;
 
 inline constexpr UINT kUntouched = 99;
 

@@ -9,57 +9,29 @@ namespace {
 
 class SettingsOfAThread : public StoreTest {
  protected:
-  static constexpr std::int32_t kBefore = 123;
-
   // Another root, which reading the language must bring back.
-  static void PointElsewhere() { Settings() = {HKEY_CLASSES_ROOT, u"Elsewhere\\", kBefore}; }
-  static bool PointsAt(HKEY hive, std::u16string_view path) {
-    return Settings().RootHive == hive && Settings().RootPath == path;
-  }
+  static void PointElsewhere() { Settings() = {HKEY_CLASSES_ROOT, u"Elsewhere\\", 123}; }
+
+  using Known = std::tuple<HKEY, std::u16string, std::int32_t>;
+  static Known Now() { return {Settings().RootHive, Settings().RootPath, Settings().LanguageOffset}; }
 };
 
 TEST_F(SettingsOfAThread, TheLanguageIsAnOffsetFromANumberOrAText) {
-  const struct {
-    const char* story;
-    DWORD type;
-    std::string bytes;
-    std::int32_t offset;
-  } cases[] = {
-      {"number", REG_DWORD, "\x10\x27\0\0"s, 10000},
-      {"negative number", REG_DWORD, "\xFB\xFF\xFF\xFF"s, -5},
-      {"text", REG_SZ, "10000\0"s, 10000},
-      {"rounded text", REG_SZ, " 2.5 \0"s, 2},
-      {"empty text", REG_SZ, "\0"s, 0},
-      {"other type", REG_BINARY, "\x10\x27"s, 0},
-      {"other type without a byte", REG_BINARY, "", 0},
-  };
+  const std::tuple<DWORD, std::string, std::int32_t, std::int32_t> cases[] = {
+      {REG_NONE, "", 0, 0},          {REG_DWORD, "\xFB\xFF\xFF\xFF", -5, 0}, {REG_SZ, " 2.5 \0"s, 2, 0},
+      {REG_SZ, "\0"s, 0, 0},         {REG_BINARY, "\x10\x27"s, 0, 0},        {REG_SZ, "French", 123, 13},
+      {REG_SZ, "2147483648", 123, 6}};
   PointElsewhere();
   GetLanguage();
-  EXPECT_EQ(Settings().LanguageOffset, 0) << "missing";
-  for (const auto& c : cases) {
-    Put("Configuration", "Lang", c.type, c.bytes);
-    PointElsewhere();
-    GetLanguage();
-    EXPECT_EQ(Settings().LanguageOffset, c.offset) << c.story;
-    EXPECT_TRUE(PointsAt(HKEY_CLASSES_ROOT, u"Elsewhere\\")) << c.story;
-    Main();
-    EXPECT_EQ(Settings().LanguageOffset, c.offset) << c.story;
-    EXPECT_TRUE(PointsAt(HKEY_LOCAL_MACHINE, u"SOFTWARE\\MOXEL\\")) << c.story;
-  }
-}
-
-TEST_F(SettingsOfAThread, ALanguageThatIsNoNumberLeavesTheThreadAtTheProductsRoot) {
-  const struct {
-    std::string text;
-    std::int32_t error;
-  } cases[] = {{"French", 13}, {" ", 13}, {"2147483648", 6}};
-  for (const auto& c : cases) {
-    Put("Configuration", "Lang", REG_SZ, c.text);
+  EXPECT_EQ(Now(), Known(HKEY_CLASSES_ROOT, u"Elsewhere\\", 0));
+  for (const auto& [type, bytes, offset, error] : cases) {
+    Put("Configuration", "Lang", type, bytes);
     for (auto* read : {&GetLanguage, &Main}) {
       PointElsewhere();
-      EXPECT_EQ(NumberRaisedBy(read), c.error) << c.text;
-      EXPECT_TRUE(PointsAt(HKEY_LOCAL_MACHINE, u"SOFTWARE\\MOXEL\\")) << c.text;
-      EXPECT_EQ(Settings().LanguageOffset, kBefore) << c.text;
+      EXPECT_EQ(NumberRaisedBy(read), error) << bytes;
+      const bool restored = read == &GetLanguage && error == 0;
+      EXPECT_EQ(Now(), restored ? Known(HKEY_CLASSES_ROOT, u"Elsewhere\\", offset)
+                                : Known(HKEY_LOCAL_MACHINE, u"SOFTWARE\\MOXEL\\", offset));
     }
   }
 }
@@ -67,13 +39,10 @@ TEST_F(SettingsOfAThread, ALanguageThatIsNoNumberLeavesTheThreadAtTheProductsRoo
 TEST_F(SettingsOfAThread, BelongToThatThreadAlone) {
   PointElsewhere();
   OnAnotherThread([] {
-    EXPECT_TRUE(PointsAt(0, u""));
-    EXPECT_EQ(Settings().LanguageOffset, 0);
+    EXPECT_EQ(Now(), Known(0, u"", 0));
     Main();
-    EXPECT_TRUE(PointsAt(HKEY_LOCAL_MACHINE, u"SOFTWARE\\MOXEL\\"));
   });
-  EXPECT_TRUE(PointsAt(HKEY_CLASSES_ROOT, u"Elsewhere\\"));
-  EXPECT_EQ(Settings().LanguageOffset, kBefore);
+  EXPECT_EQ(Now(), Known(HKEY_CLASSES_ROOT, u"Elsewhere\\", 123));
 }
 
 }  // namespace

@@ -1,9 +1,11 @@
 // What the store's tests share: the stored form of a value, put there and looked at without the store.
 #pragma once
 
+#include <array>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <utility>
 
 #include "moxel/variant.h"
@@ -16,11 +18,16 @@ namespace moxel::test {
 
 using namespace std::string_literals;
 
+// A table of cases.
+auto Cases(auto... rows) { return std::array{std::move(rows)...}; }
+
 class StoreTest : public ProductTest {
  protected:
   using Stored = std::pair<DWORD, std::string>;
 
   static constexpr const char* kRoot = "SOFTWARE\\MOXEL\\";
+
+  static std::string Long(std::size_t size) { return std::string(size, 'x'); }
 
   static Key CreateKey(const std::string& path) { return Create(HKEY_LOCAL_MACHINE, kRoot + path); }
   static Key OpenKey(const std::string& path) { return Open(HKEY_LOCAL_MACHINE, kRoot + path); }
@@ -41,7 +48,7 @@ class StoreTest : public ProductTest {
   // A value as it reads in a table of cases: a number, a text in quotes or "empty".
   static std::string Shown(const Variant& value) {
     if (value.is_empty()) return "empty";
-    if (value.is_text()) return '"' + ToAnsi(value.text()) + '"';
+    if (value.is_text()) return "'" + ToAnsi(value.text()) + "'";
     return value.vt == VT_I4 ? std::to_string(value.lVal) : "type " + std::to_string(value.vt);
   }
 

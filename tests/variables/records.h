@@ -5,18 +5,17 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
-#include <optional>
 #include <ostream>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
-#include "moxel/automation_error.h"
 #include "moxel/identifiers.h"
 #include "moxel/variant.h"
 #include "tests/platform/registry/registry_helpers.h"
 #include "tests/support/product_test.h"
+#include "tests/support/raised_error.h"
 
 namespace moxel::test {
 
@@ -37,22 +36,14 @@ inline Failure Runtime(std::int32_t number) { return {number, u"MOXEL"}; }
 
 template <class Body>
 Failure FailureOf(Body&& body) {
-  try {
-    body();
-    return {};
-  } catch (const AutomationError& error) {
-    return {error.number(), error.source()};
-  }
+  const auto error = RaisedBy(body);
+  return error ? Failure{error->number(), error->source()} : Failure{};
 }
 
 template <class Body>
 std::u16string DescriptionOf(Body&& body) {
-  try {
-    body();
-    return u"(no failure)";
-  } catch (const AutomationError& error) {
-    return error.description();
-  }
+  const auto error = RaisedBy(body);
+  return error ? error->description() : u"(no failure)";
 }
 
 // Tag and content of a value, so that 1, 1.0 and "1" show apart.
@@ -76,6 +67,13 @@ inline std::string Shown(const VARIANT& value) {
     }
     default: return "tag " + std::to_string(value.vt);
   }
+}
+
+// Kind, data type, value and initial value of a variable.
+template <class AnyVariable>
+std::string FieldsOf(const AnyVariable& variable) {
+  return Shown(variable.VarType()) + " " + std::to_string(variable.DataType()) + " " +
+         Shown(variable.Value()) + " " + Shown(variable.Init());
 }
 
 // The type and the bytes of a value in the registry.
@@ -115,14 +113,14 @@ inline bool Exists(const std::string& path) { return TryOpen(HKEY_LOCAL_MACHINE,
 
 inline Record ReadRecord(const std::string& path) {
   Record record;
-  Key key = Open(HKEY_LOCAL_MACHINE, AbsolutePath(path));
+  const Key key = Open(HKEY_LOCAL_MACHINE, AbsolutePath(path));
   for (const std::string& name : NamesOf(key, ValueName)) {
     Stored stored;
     DWORD size = 0;
     RegQueryValueExA(key, name.c_str(), nullptr, &stored.type, nullptr, &size);
     stored.bytes.resize(size);
-    RegQueryValueExA(key, name.c_str(), nullptr, nullptr, reinterpret_cast<BYTE*>(stored.bytes.data()),
-                     &size);
+    auto* bytes = reinterpret_cast<BYTE*>(stored.bytes.data());
+    RegQueryValueExA(key, name.c_str(), nullptr, nullptr, bytes, &size);
     record.emplace_back(name, stored);
   }
   return record;
@@ -138,9 +136,10 @@ inline void SetLanguage(const Stored& language) { WriteRecord("Configuration", {
 // An owner as any program may bring one: a property `key`, and interfaces that say which kind it is.
 class Owner final : public IDispatch {
  public:
-  Owner(std::vector<IID> kinds, Variant key) : kinds_(std::move(kinds)), key_(std::move(key)) {}
+  Owner(std::vector<IID> kinds, Variant key) : kinds_(std::move(kinds)), key_(std::move(key)) {
+    kinds_.insert(kinds_.end(), {IID_IUnknown, IID_IDispatch});
+  }
   Owner(const Owner&) = delete;
-  Owner& operator=(const Owner&) = delete;
   ~Owner() { EXPECT_EQ(references_, 1u) << "references to the owner do not balance"; }
 
   // Reading `key` fails from now on: with this result and, for DISP_E_EXCEPTION, with this number.
@@ -150,13 +149,9 @@ class Owner final : public IDispatch {
   }
 
   HRESULT QueryInterface(REFIID riid, void** ppvObject) override {
-    *ppvObject = nullptr;
-    bool known = riid == IID_IUnknown || riid == IID_IDispatch ||
-                 std::find(kinds_.begin(), kinds_.end(), riid) != kinds_.end();
-    if (!known) return E_NOINTERFACE;
-    *ppvObject = this;
-    AddRef();
-    return S_OK;
+    const bool known = std::find(kinds_.begin(), kinds_.end(), riid) != kinds_.end();
+    *ppvObject = known ? this : nullptr;
+    return known ? AddRef(), S_OK : E_NOINTERFACE;
   }
   ULONG AddRef() override { return ++references_; }
   ULONG Release() override { return --references_; }

@@ -7,6 +7,17 @@
 
 namespace moxel::tool {
 
+// Columns for what is described below.
+inline const std::vector<Column> kVariableColumns = {{"NAME", "name"},
+                                                     {"KIND", "kind"},
+                                                     {"TYPE", "dataType"},
+                                                     {"VALUE", "value"},
+                                                     {"INITIAL VALUE", "initialValue"}};
+inline const std::vector<Column> kTaskColumns = {{"NO", "position"},     {"NAME", "name"},
+                                                 {"STATE", "state"},     {"TYPE", "type"},
+                                                 {"ACTIONS", "actions"}, {"LAST RUN", "lastRun"}};
+inline const std::vector<Column> kSummaryColumns = {{"NAME", "name"}, {"STATE", "state"}, {"MODE", "mode"}};
+
 Json DescribeUser(const Object& user);
 
 // The key that holds the variables of an owner.

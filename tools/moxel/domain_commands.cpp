@@ -90,8 +90,7 @@ void Delete(const Options& options) {
   for (const PlacedScenario& placed : model.ScenariosOfDomain(domain))
     scenarios.push_back(NameOf(placed.scenario));
   Change([&] {
-    const Variant deleted =
-        CallMethod(domains.get(), u"DeleteDomain", {domain.get(), options.force ? 1 : 0});
+    const Variant deleted = CallMethod(domains.get(), u"DeleteDomain", {domain.get(), options.force ? 1 : 0});
     if (deleted.ToI2() == 0) throw ToolError(Named("domain", options.name) + ": cannot be deleted");
     model.Reload();
     RequireDeleted(model, scenarios);
@@ -113,8 +112,8 @@ void AddQueries(CLI::App& group, Console& console) {
 
 void AddChanges(CLI::App& group) {
   auto options = std::make_shared<Options>();
-  CLI::App* create = AddVerb(group, "create", "Create a domain",
-                             "create Purchasing --comment 'Orders to suppliers'");
+  CLI::App* create =
+      AddVerb(group, "create", "Create a domain", "create Purchasing --comment 'Orders to suppliers'");
   AddName(create, *options);
   create->add_option("--comment", options->comment, "Comment on the domain")->type_name("TEXT");
   create->callback([options] { Create(*options); });

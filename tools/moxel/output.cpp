@@ -16,18 +16,28 @@ size_t Width(const std::string& text) {
 }
 
 // Nothing is padded at a line's end.
-void PrintAligned(const std::vector<Row>& rows, const Console& console) {
+void PrintAligned(const std::vector<Row>& rows, const std::string& indent, const Console& console) {
   std::vector<size_t> widths;
   for (const Row& row : rows) {
     widths.resize(std::max(widths.size(), row.size()));
     for (size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], Width(row[i]));
   }
   for (const Row& row : rows) {
-    std::string line;
+    std::string line = indent;
     for (size_t i = 0; i < row.size(); ++i) line += row[i] + std::string(widths[i] + 2 - Width(row[i]), ' ');
     line.erase(line.find_last_not_of(' ') + 1);
     console.out << line << '\n';
   }
+}
+
+std::vector<Row> RowsOf(const std::vector<Column>& columns, const Json& objects) {
+  std::vector<Row> rows(1);
+  for (const Column& column : columns) rows[0].push_back(column.heading);
+  for (const Json& object : objects) {
+    Row& row = rows.emplace_back();
+    for (const Column& column : columns) row.push_back(Readable(object.value(column.field, Json())));
+  }
+  return rows;
 }
 
 void PrintBelow(const TreeNode& node, const std::string& indent, const Console& console) {
@@ -51,20 +61,20 @@ std::string Readable(const Json& value) {
 }
 
 void PrintTable(const std::vector<Column>& columns, const Json& rows, const Console& console) {
-  std::vector<Row> lines(1);
-  for (const Column& column : columns) lines[0].push_back(column.heading);
-  for (const Json& row : rows) {
-    Row& line = lines.emplace_back();
-    for (const Column& column : columns) line.push_back(Readable(row.value(column.field, Json())));
-  }
-  PrintAligned(lines, console);
+  PrintAligned(RowsOf(columns, rows), "", console);
+}
+
+void PrintSection(const std::string& title, const std::vector<Column>& columns, const Json& rows,
+                  const Console& console) {
+  console.out << '\n' << title << (rows.empty() ? ": none\n" : "\n");
+  if (!rows.empty()) PrintAligned(RowsOf(columns, rows), "  ", console);
 }
 
 void PrintFields(const std::vector<Column>& fields, const Json& object, const Console& console) {
   std::vector<Row> lines;
   for (const Column& field : fields)
     lines.push_back({field.heading, Readable(object.value(field.field, Json()))});
-  PrintAligned(lines, console);
+  PrintAligned(lines, "", console);
 }
 
 void PrintTree(const TreeNode& root, const Console& console) {

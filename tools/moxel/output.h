@@ -27,6 +27,10 @@ struct Column {
 // One line a row, columns aligned.
 void PrintTable(const std::vector<Column>& columns, const Json& rows, const Console& console);
 
+// A blank line, the title and the table below it, indented; "none" where there is no row.
+void PrintSection(const std::string& title, const std::vector<Column>& columns, const Json& rows,
+                  const Console& console);
+
 // Names and values below one another, the values aligned.
 void PrintFields(const std::vector<Column>& fields, const Json& object, const Console& console);
 

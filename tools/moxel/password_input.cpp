@@ -74,8 +74,7 @@ Variant Checked(const std::string& password) {
 }  // namespace
 
 PasswordInput::PasswordInput(const Console& console, bool plain_lines)
-    : console_(console),
-      terminal_(!plain_lines && &console.in == &std::cin && ::isatty(STDIN_FILENO) == 1) {}
+    : console_(console), terminal_(!plain_lines && &console.in == &std::cin && ::isatty(STDIN_FILENO) == 1) {}
 
 Variant PasswordInput::Ask(const std::string& prompt) {
   const std::optional<std::string> password = Read(prompt);

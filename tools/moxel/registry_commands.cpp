@@ -5,6 +5,7 @@
 #include <string>
 
 #include "moxel/files.h"
+#include "moxel/output.h"
 #include "moxel/platform/registry_file.h"
 #include "moxel/reg_reader.h"
 #include "moxel/reg_transfer.h"
@@ -114,11 +115,6 @@ nlohmann::ordered_json JsonKey(const RegistryKey& key) {
   nlohmann::ordered_json subkeys = nlohmann::ordered_json::array();
   for (const std::string& name : key.SubkeyNames()) subkeys.push_back(Utf8FromAnsi(name));
   return {{"key", Utf8FromAnsi(key.path().FullName())}, {"values", values}, {"subkeys", subkeys}};
-}
-
-// Escapes beyond ASCII too: the codes of 1252 that are control characters must not reach a terminal.
-void PrintJson(const nlohmann::ordered_json& json, const Console& console) {
-  console.out << json.dump(2, ' ', true) << '\n';
 }
 
 void PrintValue(const RegistryValue& value, const Console& console) {

@@ -82,7 +82,8 @@ void Delete(const Options& options) {
 }
 
 void AddList(CLI::App& group, Console& console) {
-  CLI::App* verb = AddVerb(group, "list", "List all scenarios, those of domains first", "list --domain Sales");
+  CLI::App* verb =
+      AddVerb(group, "list", "List all scenarios, those of domains first", "list --domain Sales");
   auto options = std::make_shared<Options>();
   CLI::Option* domain =
       verb->add_option("--domain", options->domain, "Only the scenarios of this domain")->type_name("NAME");
@@ -91,9 +92,9 @@ void AddList(CLI::App& group, Console& console) {
 }
 
 void AddShow(CLI::App& group, Console& console) {
-  CLI::App* verb = AddVerb(group, "show",
-                           "Show a scenario, its users, its variables (passwords masked) and its tasks in order",
-                           "show Night");
+  CLI::App* verb = AddVerb(
+      group, "show", "Show a scenario, its users, its variables (passwords masked) and its tasks in order",
+      "show Night");
   auto options = std::make_shared<Options>();
   AddName(verb, *options);
   verb->add_flag("--json", options->json, "Print the scenario as JSON");
@@ -105,9 +106,10 @@ void AddReset(CLI::App& group) {
       AddVerb(group, "reset", "Reset a scenario before a new run", "reset Night --mode after-error");
   auto options = std::make_shared<Options>();
   AddName(verb, *options);
-  verb->add_option("--mode", options->mode,
-                   "all: it and all its tasks; scenario: it alone; after-error: it, and tasks that failed or were "
-                   "running are to be retried")
+  verb->add_option(
+          "--mode", options->mode,
+          "all: it and all its tasks; scenario: it alone; after-error: it, and tasks that failed or were "
+          "running are to be retried")
       ->check(CLI::IsMember({"all", "scenario", "after-error"}))
       ->capture_default_str();
   verb->add_flag("--variables", options->variables, "Give its variables their initial values");

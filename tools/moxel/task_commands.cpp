@@ -88,16 +88,17 @@ void Delete(const Options& options, const Console& console) {
 
 void AddList(CLI::App& group, Console& console) {
   auto options = std::make_shared<Options>();
-  CLI::App* verb = AddVerb(group, "list", "List the tasks of a scenario in their order, then those without place",
-                           "list Night", *options);
+  CLI::App* verb =
+      AddVerb(group, "list", "List the tasks of a scenario in their order, then those without place",
+              "list Night", *options);
   verb->add_flag("--json", options->json, "Print the list as JSON");
   verb->callback([options, &console] { List(*options, console); });
 }
 
 void AddReset(CLI::App& group) {
   auto options = std::make_shared<Options>();
-  CLI::App* verb = AddVerb(group, "reset", "Set the run state of a task", "reset Night Load --state retry",
-                           *options);
+  CLI::App* verb =
+      AddVerb(group, "reset", "Set the run state of a task", "reset Night Load --state retry", *options);
   AddName(verb, *options);
   verb->add_option("--state", options->state, "Run state to set")
       ->check(CLI::IsMember({"not-processed", "processed", "retry"}))

@@ -9,9 +9,14 @@
 #include "moxel/automation_error.h"
 #include "moxel/component_commands.h"
 #include "moxel/console.h"
+#include "moxel/domain_commands.h"
 #include "moxel/error.h"
 #include "moxel/registry_commands.h"
+#include "moxel/scenario_commands.h"
+#include "moxel/task_commands.h"
 #include "moxel/text.h"
+#include "moxel/tree_commands.h"
+#include "moxel/user_commands.h"
 #include "moxel/variable_commands.h"
 #include "moxel/verbs.h"
 
@@ -34,9 +39,14 @@ void Define(CLI::App& app, tool::Console& console) {
          "Registry file to work on instead of the one that MOXEL_REGISTRY names")
       ->type_name("FILE");
   app.footer("Example:\n  moxel registry import site.reg");
+  tool::AddTreeCommand(app, console);
+  tool::AddDomainCommands(app, console);
+  tool::AddScenarioCommands(app, console);
+  tool::AddTaskCommands(app, console);
+  tool::AddUserCommands(app, console);
+  tool::AddVariableCommands(app, console);
   tool::AddRegistryCommands(app, console);
   tool::AddComponentCommands(app, console);
-  tool::AddVariableCommands(app, console);
 }
 
 std::string OneLine(std::string message) {

@@ -22,9 +22,9 @@ TreeNode VariableNode(const Json& variable) {
 
 TreeNode TaskNode(const Json& task) {
   const std::string place = Readable(task.at("position"));
-  return {Label("task", task) + (place.empty() ? "" : ", number " + place) + ": " +
-              Readable(task.at("state")),
-          {}};
+  return {
+      Label("task", task) + (place.empty() ? "" : ", number " + place) + ": " + Readable(task.at("state")),
+      {}};
 }
 
 void Append(std::vector<TreeNode>& nodes, const Json& objects, TreeNode (*node)(const Json&)) {

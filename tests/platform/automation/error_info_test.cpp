@@ -7,101 +7,67 @@
 
 namespace {
 
-std::u16string Take(BSTR text) {
+ULONG References(IUnknown* object) {
+  object->AddRef();
+  return object->Release();
+}
+
+void* Ask(IUnknown* object, REFIID iid) {
+  void* found = &found;
+  const HRESULT result = object->QueryInterface(iid, &found);
+  EXPECT_EQ(result, found == nullptr ? E_NOINTERFACE : S_OK);
+  return found;
+}
+
+std::u16string Read(IErrorInfo* info, HRESULT (IErrorInfo::*get)(BSTR*)) {
+  BSTR text = nullptr;
+  EXPECT_EQ((info->*get)(&text), S_OK);
   std::u16string taken(text, SysStringLen(text));
   SysFreeString(text);
   return taken;
 }
 
-// An error object whose end can be seen.
-struct Witness final : IErrorInfo {
-  HRESULT QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
-  ULONG AddRef() override { return ++references; }
-  ULONG Release() override { return --references; }
-  HRESULT GetGUID(GUID*) override { return E_NOTIMPL; }
-  HRESULT GetSource(BSTR*) override { return E_NOTIMPL; }
-  HRESULT GetDescription(BSTR*) override { return E_NOTIMPL; }
-  HRESULT GetHelpFile(BSTR*) override { return E_NOTIMPL; }
-  HRESULT GetHelpContext(DWORD*) override { return E_NOTIMPL; }
-  ULONG references = 1;
-};
-
 TEST(ErrorInfo, CarriesItsTexts) {
   ICreateErrorInfo* maker = nullptr;
   ASSERT_EQ(CreateErrorInfo(&maker), S_OK);
-  IErrorInfo* info = nullptr;
-  ASSERT_EQ(maker->QueryInterface(IID_IErrorInfo, reinterpret_cast<void**>(&info)), S_OK);
-
-  BSTR unset = nullptr;
-  EXPECT_EQ(info->GetSource(&unset), S_OK);
-  EXPECT_EQ(Take(unset), u"");
-
-  std::u16string source = u"Domaines:NewDomain";
-  std::u16string description = u"Renseigner le nom du domaine";
-  std::u16string file = u"help.chm";
-  EXPECT_EQ(maker->SetSource(source.data()), S_OK);
-  EXPECT_EQ(maker->SetDescription(file.data()), S_OK);
-  EXPECT_EQ(maker->SetDescription(description.data()), S_OK);
-  EXPECT_EQ(maker->SetHelpFile(file.data()), S_OK);
-  EXPECT_EQ(maker->SetHelpContext(7), S_OK);
-  EXPECT_EQ(maker->SetGUID(IID_IDispatch), S_OK);
-
-  BSTR texts[3] = {};
+  auto* info = static_cast<IErrorInfo*>(Ask(maker, IID_IErrorInfo));
+  EXPECT_EQ(Read(info, &IErrorInfo::GetSource), u"");
+  char16_t source[] = u"source", description[] = u"description", file[] = u"help.chm";
+  for (char16_t* text : {file, description}) EXPECT_EQ(maker->SetDescription(text), S_OK);
+  EXPECT_EQ(maker->SetSource(source) | maker->SetHelpFile(file), S_OK);
+  EXPECT_EQ(maker->SetHelpContext(7) | maker->SetGUID(IID_IDispatch), S_OK);
   GUID guid = GUID_NULL;
   DWORD context = 0;
-  EXPECT_EQ(info->GetSource(&texts[0]), S_OK);
-  EXPECT_EQ(info->GetDescription(&texts[1]), S_OK);
-  EXPECT_EQ(info->GetHelpFile(&texts[2]), S_OK);
-  EXPECT_EQ(info->GetHelpContext(&context), S_OK);
-  EXPECT_EQ(info->GetGUID(&guid), S_OK);
-  EXPECT_EQ(Take(texts[0]), source);
-  EXPECT_EQ(Take(texts[1]), description);
-  EXPECT_EQ(Take(texts[2]), file);
-  EXPECT_EQ(context, 7u);
-  EXPECT_TRUE(guid == IID_IDispatch);
+  EXPECT_TRUE(info->GetGUID(&guid) == S_OK && guid == IID_IDispatch);
+  EXPECT_TRUE(info->GetHelpContext(&context) == S_OK && context == 7);
+  EXPECT_EQ(Read(info, &IErrorInfo::GetSource), source);
+  EXPECT_EQ(Read(info, &IErrorInfo::GetDescription), description);
+  EXPECT_EQ(Read(info, &IErrorInfo::GetHelpFile), file);
 
-  IUnknown* from_maker = nullptr;
-  IUnknown* from_info = nullptr;
-  ASSERT_EQ(maker->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(&from_maker)), S_OK);
-  ASSERT_EQ(info->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(&from_info)), S_OK);
-  EXPECT_EQ(from_maker, from_info);
-  void* none = &guid;
-  EXPECT_EQ(info->QueryInterface(IID_IDispatch, &none), E_NOINTERFACE);
-  EXPECT_EQ(none, nullptr);
-  from_info->Release();
-  from_maker->Release();
-  info->Release();
-  EXPECT_EQ(maker->Release(), 0u);
+  EXPECT_EQ(Ask(maker, IID_IUnknown), Ask(info, IID_IUnknown));
+  EXPECT_EQ(Ask(info, IID_IDispatch), nullptr);
+  for (const ULONG left : {3u, 2u, 1u, 0u}) EXPECT_EQ(maker->Release(), left);
 }
 
-TEST(ErrorInfo, GettingItClearsIt) {
-  Witness witness;
-  IErrorInfo* got = &witness;
-  SetErrorInfo(0, nullptr);
+TEST(ErrorInfo, BelongsToItsThreadAndIsClearedByGettingIt) {
+  ICreateErrorInfo* maker = nullptr;
+  ASSERT_EQ(CreateErrorInfo(&maker), S_OK);
+  auto* info = static_cast<IErrorInfo*>(Ask(maker, IID_IErrorInfo));
+  std::thread([&] {
+    for (int round = 0; round < 2; ++round) EXPECT_EQ(SetErrorInfo(0, info), S_OK);
+    EXPECT_EQ(References(info), 3u);
+  }).join();
+  EXPECT_EQ(References(info), 2u);
+  IErrorInfo* got = info;
   EXPECT_EQ(GetErrorInfo(0, &got), S_FALSE);
   EXPECT_EQ(got, nullptr);
-  EXPECT_EQ(SetErrorInfo(0, &witness), S_OK);
-  EXPECT_EQ(SetErrorInfo(0, &witness), S_OK);
-  EXPECT_EQ(witness.references, 2u);
+  EXPECT_EQ(SetErrorInfo(0, info), S_OK);
   EXPECT_EQ(GetErrorInfo(0, &got), S_OK);
-  EXPECT_EQ(got, &witness);
-  got->Release();
-  EXPECT_EQ(witness.references, 1u);
+  EXPECT_EQ(got, info);
   EXPECT_EQ(GetErrorInfo(0, &got), S_FALSE);
-  EXPECT_EQ(SetErrorInfo(1, &witness), E_INVALIDARG);
+  EXPECT_EQ(SetErrorInfo(1, info), E_INVALIDARG);
   EXPECT_EQ(GetErrorInfo(0, nullptr), E_INVALIDARG);
-}
-
-TEST(ErrorInfo, BelongsToItsThreadAndEndsWithIt) {
-  Witness witness;
-  SetErrorInfo(0, nullptr);
-  std::thread([&] {
-    SetErrorInfo(0, &witness);
-    EXPECT_EQ(witness.references, 2u);
-  }).join();
-  EXPECT_EQ(witness.references, 1u);
-  IErrorInfo* got = nullptr;
-  EXPECT_EQ(GetErrorInfo(0, &got), S_FALSE);
+  for (const ULONG left : {2u, 1u, 0u}) EXPECT_EQ(info->Release(), left);
 }
 
 }  // namespace

@@ -1,10 +1,11 @@
 // Variants for tests: made in one line, cleared at the end, shown in failures.
 #pragma once
 
+#include <algorithm>
 #include <cstring>
-#include <ostream>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "moxel/platform.h"
 
@@ -25,13 +26,6 @@ ScopedVariant Make(VARTYPE tag, Value value) {
   std::memcpy(&variant.llVal, &value, sizeof(Value));
   return variant;
 }
-
-template <class Value>
-Value Get(const VARIANT& variant) {
-  Value value;
-  std::memcpy(&value, &variant.llVal, sizeof(Value));
-  return value;
-}
 // NOLINTEND(bugprone-sizeof-expression)
 
 inline ScopedVariant Text(std::u16string_view text) {
@@ -50,14 +44,31 @@ inline std::u16string_view TextOf(const VARIANT& variant) {
                                : u"(no text)";
 }
 
-// For messages only.
+// What is no plain ASCII is written as a number.
 inline std::string Show(std::u16string_view text) {
-  std::string shown = "\"";
+  std::string shown;
   for (const char16_t unit : text) {
-    shown +=
-        unit < 0x7F && unit >= 0x20 ? std::string(1, static_cast<char>(unit)) : "\\u" + std::to_string(unit);
+    const bool plain = unit < 0x7F && unit >= 0x20;
+    shown += plain ? std::string(1, static_cast<char>(unit)) : "\\u" + std::to_string(unit);
   }
-  return shown + "\"";
+  return shown;
+}
+
+struct Row {
+  std::u16string text;
+  std::string expected;
+};
+
+// Reads "text: expected|text: expected".
+inline std::vector<Row> Rows(std::u16string_view table) {
+  std::vector<Row> rows;
+  for (std::size_t begin = 0, end = 0; begin < table.size(); begin = end + 1) {
+    end = std::min(table.find(u'|', begin), table.size());
+    const auto row = table.substr(begin, end - begin);
+    const std::size_t colon = row.rfind(u": ");
+    rows.push_back({std::u16string(row.substr(0, colon)), Show(row.substr(colon + 2))});
+  }
+  return rows;
 }
 
 // Counts its references; answers IUnknown, and IDispatch if made so.

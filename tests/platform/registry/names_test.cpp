@@ -1,103 +1,80 @@
-// Names and data made of every byte, letter case, and the limits of names and depth.
-#include <algorithm>
+// Names and data made of every byte, letter case, and the limits of names, depth and data.
+#include <map>
 
 #include "registry_helpers.h"
 
 namespace moxel::test {
 namespace {
 
-class RegistryNames : public RegistryTest {
- protected:
-  Key key_ = Create(HKEY_LOCAL_MACHINE, "SOFTWARE\\X");
-};
+class RegistryNames : public RegistryKeyTest {};
 
 TEST_F(RegistryNames, EveryByteSurvivesInNamesAndData) {
+  std::string all(1, '\0');
   for (int code = 1; code < 256; ++code) {
+    all += static_cast<char>(code);
     const std::string text{'<', static_cast<char>(code), '>'};
-    Key scratch = Create(key_, "scratch");
-    if (code != '\\') {
-      ASSERT_EQ(TryCreate(scratch, text), 0) << code;
-      EXPECT_EQ(SubkeyName(scratch, 0), text) << code;
-      EXPECT_EQ(TryOpen(scratch, text), 0) << code;
-      EXPECT_EQ(RegDeleteKeyA(scratch, text.c_str()), 0) << code;
+    for (List list : {kSubkeys, kValues}) {
+      if (code == '\\' && list == kSubkeys) continue;
+      ASSERT_EQ(Add(list, key_, text), 0) << code;
+      EXPECT_EQ(Names(list, key_), text + ",") << code;
+      EXPECT_EQ(list == kValues ? Get(key_, text) : (Open(key_, text).answer == 0 ? text : ""), text) << code;
+      EXPECT_EQ(Remove(list, key_, text), 0) << code;
     }
-    ASSERT_EQ(Set(scratch, text, text, REG_SZ), 0) << code;
-    EXPECT_EQ(ValueName(scratch, 0), text) << code;
-    EXPECT_EQ(Get(scratch, text), text + '\0') << code;
-    ASSERT_EQ(RegDeleteKeyA(key_, "scratch"), 0);
   }
-  std::string all(256, '\0');
-  for (int code = 0; code < 256; ++code) all[static_cast<std::size_t>(code)] = static_cast<char>(code);
-  for (DWORD type : {REG_BINARY, REG_MULTI_SZ, REG_DWORD}) {
+  for (DWORD type : {REG_BINARY, REG_MULTI_SZ, REG_DWORD, REG_SZ}) {
     ASSERT_EQ(Set(key_, "all", all, type), 0);
-    EXPECT_EQ(Get(key_, "all"), all);
+    EXPECT_EQ(Get(key_, "all"), type == REG_SZ ? all + '\0' : all);
   }
+  std::string large(8 << 20, '\0'), back(large.size(), '#');
+  for (std::size_t i = 0; i < large.size(); ++i) large[i] = static_cast<char>(i * 2654435761u >> 24);
+  ASSERT_EQ(Set(key_, "large", large), 0);
+  auto size = static_cast<DWORD>(back.size());
+  auto* area = reinterpret_cast<BYTE*>(back.data());
+  EXPECT_EQ(RegQueryValueExA(key_, "large", nullptr, nullptr, area, &size), 0);
+  EXPECT_TRUE(back == large);
 }
 
 // Exactly the letters have another case: a to z, the accented ones and the four outside the row of accents.
 TEST_F(RegistryNames, OnlyTheCaseOfLettersIsIgnored) {
-  std::vector<std::pair<int, int>> pairs{{0x9A, 0x8A}, {0x9C, 0x8C}, {0x9E, 0x8E}, {0xFF, 0x9F}};
-  for (int lower = 'a'; lower <= 'z'; ++lower) pairs.emplace_back(lower, lower - 0x20);
-  for (int lower = 0xE0; lower <= 0xFE; ++lower)
-    if (lower != 0xF7) pairs.emplace_back(lower, lower - 0x20);
-  for (auto [lower, upper] : pairs) {
-    std::string small{'k', static_cast<char>(lower)}, big{'K', static_cast<char>(upper)};
-    ASSERT_EQ(Set(Create(key_, small), small, "1"), 0);
-    EXPECT_EQ(Get(Open(key_, big), big), "1") << lower;
-    EXPECT_EQ(Set(Create(key_, big), big, "2"), 0);
-    EXPECT_EQ(NamesOf(Open(key_, big), ValueName), std::vector<std::string>{small})
-        << "the first spelling stays";
-  }
-  EXPECT_EQ(NamesOf(key_, SubkeyName).size(), pairs.size());
-
-  Key distinct = Create(key_, "distinct");
-  std::size_t folded = 0;
-  for (int code = 1; code < 256; ++code) {
+  auto upper_of = [](int code) {
+    bool in_row = (code >= 'a' && code <= 'z') || (code >= 0xE0 && code <= 0xFE && code != 0xF7);
+    if (code == 0x9A || code == 0x9C || code == 0x9E) return code - 0x10;
+    return in_row ? code - 0x20 : code == 0xFF ? 0x9F : code;
+  };
+  std::map<int, std::string> first;  // by the upper-cased code; codes fall, so small letters come first
+  std::string in_order_of_setting, sorted;
+  for (int code = 255; code > 0; --code) {
+    const std::string name(1, static_cast<char>(code));
     if (code == '\\') continue;
-    bool lower = std::any_of(pairs.begin(), pairs.end(), [&](auto& pair) { return pair.first == code; });
-    if (!lower) ++folded;
-    ASSERT_EQ(TryCreate(distinct, std::string(1, static_cast<char>(code))), 0);
+    EXPECT_EQ(Text({Create(key_, name).answer, Set(key_, name, "1")}), "0 0 ") << code;
+    if (first.emplace(upper_of(code), name).second) in_order_of_setting += name + ",";
   }
-  EXPECT_EQ(NamesOf(distinct, SubkeyName).size(), folded);
+  for (const auto& [code, name] : first) sorted += name + ",";
+  EXPECT_EQ(Names(kValues, key_), in_order_of_setting);
+  EXPECT_EQ(Names(kSubkeys, key_), sorted);
 }
 
-TEST_F(RegistryNames, NamesAreAsLongAsAllowedAndNoLonger) {
+TEST_F(RegistryNames, NamesAndPathsAreAsLongAsAllowedAndNoLonger) {
   for (char c : {'k', '\xE9', '\x80'}) {  // one, two and three bytes each in the file
-    const std::string longest(255, c);
-    EXPECT_EQ(TryCreate(key_, longest + "\\" + longest), 0);
-    EXPECT_EQ(TryOpen(key_, longest + "\\" + longest), 0);
-    EXPECT_EQ(SubkeyName(Open(key_, longest), 0), longest);
-    EXPECT_EQ(TryCreate(key_, longest + c), 87);
-    EXPECT_EQ(TryCreate(key_, "fresh\\" + longest + c), 87);
-    const std::string value(16383, c);
+    const std::string longest(255, c), value(16383, c);
+    EXPECT_EQ(Create(key_, longest + "\\" + longest).answer, 0);
+    EXPECT_EQ(Names(kSubkeys, Open(key_, longest)), longest + ",");
+    EXPECT_EQ(Create(key_, longest + c).answer, 87);
+    EXPECT_EQ(Create(key_, "fresh\\" + longest + c).answer, 87);
     EXPECT_EQ(Set(key_, value, "1"), 0);
-    EXPECT_EQ(Get(key_, value), "1");
+    EXPECT_EQ(Names(kValues, key_), value + ",");
     EXPECT_EQ(RegDeleteValueA(key_, value.c_str()), 0);
     EXPECT_EQ(Set(key_, value + c, "1"), 87);
   }
-  EXPECT_EQ(TryOpen(key_, "fresh"), 2) << "a refused path leaves nothing behind";
-}
+  EXPECT_EQ(Open(key_, "fresh").answer, 2) << "a refused path leaves nothing behind";
 
-TEST_F(RegistryNames, DepthHasALimit) {
   std::string path = "a";
   for (int level = 2; level <= 512; ++level) path += "\\a";
-  EXPECT_EQ(TryCreate(HKEY_LOCAL_MACHINE, path), 0);
-  EXPECT_EQ(TryOpen(HKEY_LOCAL_MACHINE, path), 0);
-  EXPECT_EQ(TryCreate(HKEY_LOCAL_MACHINE, path + "\\a"), 87);
-  EXPECT_EQ(TryCreate(Open(HKEY_LOCAL_MACHINE, path), "a"), 87);
-  EXPECT_EQ(TryCreate(HKEY_LOCAL_MACHINE, "b\\" + path), 87);
-  EXPECT_EQ(TryOpen(HKEY_LOCAL_MACHINE, "b"), 2);
-}
-
-TEST_F(RegistryNames, LargeValuesComeBackWhole) {
-  std::string large(8 << 20, '\0');
-  for (std::size_t i = 0; i < large.size(); ++i) large[i] = static_cast<char>(i * 2654435761u >> 24);
-  ASSERT_EQ(Set(key_, "large", large), 0);
-  std::string back(large.size(), '\0');
-  auto size = static_cast<DWORD>(back.size());
-  EXPECT_EQ(RegQueryValueExA(key_, "large", nullptr, nullptr, reinterpret_cast<BYTE*>(back.data()), &size),
-            0);
-  EXPECT_TRUE(back == large);
+  EXPECT_EQ(Create(HKEY_LOCAL_MACHINE, path).answer, 0);
+  EXPECT_EQ(Create(HKEY_LOCAL_MACHINE, path + "\\a").answer, 87);
+  EXPECT_EQ(Create(Open(HKEY_LOCAL_MACHINE, path), "a").answer, 87);
+  EXPECT_EQ(Create(HKEY_LOCAL_MACHINE, "b\\" + path).answer, 87);
+  EXPECT_EQ(Open(HKEY_LOCAL_MACHINE, "b").answer, 2);
 }
 
 }  // namespace

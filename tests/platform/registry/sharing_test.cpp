@@ -2,8 +2,7 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <cstring>
-#include <memory>
+#include <deque>
 #include <random>
 
 #include "registry_helpers.h"
@@ -11,110 +10,95 @@
 namespace moxel::test {
 namespace {
 
-constexpr const char* kPath = "SOFTWARE\\X";
+using Work = std::function<std::string(int)>;
 
-// What a child answers with when a call went wrong: enough to find it.
-std::string Wrong(const std::string& what, LSTATUS answer) {
-  return what + " answered " + std::to_string(answer) + " " + RegFileCause();
+std::string Digits(int number) { return std::to_string(number); }
+
+int NumberIn(HKEY key, const std::string& name) { return std::stoi(Get(key, name).value_or("0")); }
+
+// What threads answer one after the other that work at the same time.
+std::string InThreads(int count, const Work& work) {
+  std::deque<std::string> answers;
+  std::deque<std::thread> threads;
+  for (int i = 0; i < count; ++i)
+    threads.emplace_back([&work, i, &answer = answers.emplace_back()] { answer = work(i); });
+  std::string all;
+  for (int i = 0; i < count; ++i) threads[i].join(), all += answers[i];
+  return all;
 }
 
-template <class Number>
-std::string BytesOf(Number number) {
-  return {reinterpret_cast<const char*>(&number), sizeof number};
+std::string InProcesses(int count, const Work& work) {
+  Pipe gate;
+  std::deque<Child> children;
+  for (int i = 0; i < count; ++i) {
+    children.emplace_back([&, i] {
+      gate.Rest();
+      return work(i);
+    });
+  }
+  gate.CloseWriting();
+  std::string all;
+  for (auto& child : children) all += child.Answer();
+  return all;
 }
 
-std::optional<int> NumberIn(HKEY key, const std::string& name) {
-  auto bytes = Get(key, name);
-  int number = 0;
-  if (!bytes || bytes->size() != sizeof number) return std::nullopt;
-  std::memcpy(&number, bytes->data(), sizeof number);
-  return number;
-}
-
-class RegistrySharing : public RegistryTest {};
+class RegistrySharing : public RegistryKeyTest {
+ protected:
+  std::string SeenByAnother() {
+    return Child([this] { return Names(kSubkeys, key_) + Names(kValues, key_); }).Answer();
+  }
+};
 
 TEST_F(RegistrySharing, ManyProcessesAndThreadsMayCreateTheFileAtTheSameMoment) {
   for (int round = 0; round < 8; ++round) {
-    ::setenv("MOXEL_REGISTRY", (folder() / std::to_string(round)).c_str(), 1);
-    Pipe gate;
-    std::vector<std::unique_ptr<Child>> children;
-    for (int process = 0; process < 6; ++process) {
-      children.push_back(std::make_unique<Child>([&, process] {
-        gate.WaitForClose();
-        std::atomic<int> failures = 0;
-        auto create = [&](int thread) {
-          std::string path = "P\\" + std::to_string(process) + "\\" + std::to_string(thread);
-          if (TryCreate(HKEY_LOCAL_MACHINE, path) != 0 || TryOpen(HKEY_LOCAL_MACHINE, path) != 0) ++failures;
-        };
-        std::thread other(create, 1);
-        create(0);
-        other.join();
-        return failures == 0 ? "" : Wrong("create", failures);
-      }));
-    }
-    gate.CloseWriting();
-    for (auto& child : children) EXPECT_EQ(child->Answer(), "");
-    EXPECT_EQ(NamesOf(Open(HKEY_LOCAL_MACHINE, "P"), SubkeyName).size(), 6u);
+    ::setenv("MOXEL_REGISTRY", (folder() / Digits(round)).c_str(), 1);
+    auto create = [](const std::string& path) {
+      return Text({Create(HKEY_LOCAL_MACHINE, path).answer, Open(HKEY_LOCAL_MACHINE, path).answer});
+    };
+    std::string answers = InProcesses(6, [&](int process) {
+      return InThreads(2,
+                       [&](int thread) { return create("P\\" + Digits(process) + "\\" + Digits(thread)); });
+    });
+    EXPECT_EQ(answers, Text(Answers(24, 0)));
+    EXPECT_EQ(Names(kSubkeys, Open(HKEY_LOCAL_MACHINE, "P")), "0,1,2,3,4,5,");
     EXPECT_EQ(RegFileCheck(), 0) << RegFileCause();
   }
 }
 
 // Each hand counts in a value of its own and all write one value of equal bytes, which nobody may see torn.
 TEST_F(RegistrySharing, NoUpdateIsLostAndNoValueTorn) {
-  constexpr int kSteps = 150;
-  ASSERT_EQ(TryCreate(HKEY_LOCAL_MACHINE, kPath), 0);
-  auto work = [](const std::string& me, unsigned seed) -> std::string {
-    std::mt19937 random(seed);
+  auto work = [](int me) -> std::string {
+    std::mt19937 random(static_cast<unsigned>(me));
     Key key = Open(HKEY_LOCAL_MACHINE, kPath, KEY_ALL_ACCESS);
-    for (int i = 1; i <= kSteps; ++i) {
-      int count = NumberIn(key, me).value_or(0);
-      if (LSTATUS answer = Set(key, me, BytesOf(count + 1))) return Wrong("count", answer);
-      std::string equal(1 + random() % 9000, static_cast<char>(random()));
-      if (LSTATUS answer = Set(key, "equal", equal)) return Wrong("set", answer);
-      auto seen = Get(key, "equal");
-      if (!seen || seen->find_first_not_of(seen->front()) != std::string::npos) return "a torn value";
+    for (int i = 0; i < 150; ++i) {
+      std::string equal(1 + random() % 9000, static_cast<char>(random())), name = Digits(me);
+      if (Set(key, name, Digits(NumberIn(key, name) + 1)) != 0 || Set(key, "e", equal) != 0) return "failed";
+      std::string seen = Get(key, "e").value_or("lost");
+      if (seen.find_first_not_of(seen.front()) != std::string::npos) return "a torn value";
     }
     return "";
   };
-  std::vector<std::unique_ptr<Child>> children;
-  for (unsigned process = 0; process < 4; ++process) {
-    children.push_back(std::make_unique<Child>([&work, process] {
-      std::string name = "p" + std::to_string(process), in_thread;
-      std::thread thread([&] { in_thread = work(name + "t", process + 100); });
-      std::string here = work(name, process);
-      thread.join();
-      return here + in_thread;
-    }));
-  }
-  for (auto& child : children) EXPECT_EQ(child->Answer(), "");
-  Key key = Open(HKEY_LOCAL_MACHINE, kPath);
-  auto names = NamesOf(key, ValueName);
-  EXPECT_EQ(names.size(), 9u);
-  std::erase(names, "equal");
-  for (const auto& name : names) EXPECT_EQ(NumberIn(key, name), kSteps) << name;
+  auto process = [&](int number) {
+    return InThreads(2, [&](int thread) { return work(number * 2 + thread); });
+  };
+  EXPECT_EQ(InProcesses(4, process), "");
+  for (int me = 0; me < 8; ++me) EXPECT_EQ(NumberIn(key_, Digits(me)), 150) << me;
 }
 
 TEST_F(RegistrySharing, AReaderSeesAWriteAsSoonAsTheWritersCallReturned) {
-  Key key = Create(HKEY_LOCAL_MACHINE, kPath);
   Pipe written, seen;
-  Child reader([&]() -> std::string {
+  Child reader([&] {
     written.CloseWriting();
-    for (int number; written.Receive(number); seen.Send(number)) {
-      auto stored = NumberIn(key, "v");
-      bool subkey = TryOpen(key, "k" + std::to_string(number)) == 0;
-      if (stored != number || !subkey) return "missed " + std::to_string(number);
-    }
+    for (int number; written.Receive(number);)
+      seen.Send(NumberIn(key_, "v") == number && Open(key_, Digits(number)).answer == 0 ? number : -1);
     return "";
   });
   seen.CloseWriting();
-  for (int number = 0, echo; number < 300; ++number) {
-    ASSERT_EQ(Set(key, "v", BytesOf(number)), 0);
-    ASSERT_EQ(TryCreate(key, "k" + std::to_string(number)), 0);
+  for (int number = 1, echo = 0; number <= 300; ++number) {
+    EXPECT_EQ(Text({Set(key_, "v", Digits(number)), Create(key_, Digits(number)).answer}), "0 0 ");
     written.Send(number);
-    if (!seen.Receive(echo)) break;
+    ASSERT_TRUE(seen.Receive(echo) && echo == number) << number;
   }
-  written.CloseWriting();
-  EXPECT_EQ(reader.Answer(), "");
 }
 
 // A process whose threads are busy in the registry forks again and again; so do its children, which start
@@ -123,83 +107,70 @@ TEST_F(RegistrySharing, BothSidesOfAForkGoOn) {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
   GTEST_SKIP() << "a sanitizer's own locks do not survive a fork beside running threads";
 #endif
-  Key key = Create(HKEY_LOCAL_MACHINE, kPath);
-  Child family([&]() -> std::string {
+  Child family([&] {
     std::atomic<bool> stop = false;
-    std::atomic<int> failures = 0;
-    std::vector<std::thread> busy;
-    for (int i = 0; i < 3; ++i) {
-      busy.emplace_back([&, i] {
-        for (int n = 1; !stop; ++n) {
-          std::string name = "t" + std::to_string(i);
-          if (Set(key, name, BytesOf(n)) != 0 || NumberIn(key, name) != n) ++failures;
-        }
-      });
-    }
-    auto use = [&](const std::string& name) {
-      if (Set(key, name, name) == 0 && Get(key, name) == name && TryCreate(key, name) == 0)
+    std::string lost, answer;
+    std::thread busy([&] {
+      lost = InThreads(3, [&](int thread) {
+        std::string name = "t" + Digits(thread);
+        for (int n = 1; !stop; ++n)
+          if (Set(key_, name, Digits(n)) != 0 || NumberIn(key_, name) != n) return name + " lost an update";
         return std::string();
-      return Wrong(name, -1);
+      });
+    });
+    auto use = [&](const std::string& name) {
+      bool well = Set(key_, name, name) == 0 && Get(key_, name) == name && Create(key_, name).answer == 0;
+      return well ? "" : name + " failed " + RegFileCause();
     };
-    std::string answer;
     for (int round = 0; round < 6; ++round) {
-      std::string number = std::to_string(round);
+      std::string number = Digits(round);
       std::thread brief([&] { answer += use("brief" + number); });
-      Child child([&, number] {
-        std::string in_threads[3];
-        std::vector<std::thread> threads;
-        for (auto& text : in_threads) {
-          threads.emplace_back([&] {
-            text = use("thread" + number) + Child([&] { return use("grandchild" + number); }).Answer();
-          });
-        }
-        std::string here = use("child" + number);
-        for (auto& thread : threads) thread.join();
-        return here + in_threads[0] + in_threads[1] + in_threads[2];
+      Child child([&] {
+        return use("child" + number) + InThreads(3, [&](int) {
+                 return use("thread" + number) + Child([&] { return use("grandchild" + number); }).Answer();
+               });
       });
       brief.join();
       answer += use("parent" + number) + child.Answer();
     }
     stop = true;
-    for (auto& thread : busy) thread.join();
-    return failures == 0 ? answer : answer + " and lost updates";
+    busy.join();
+    return answer + lost;
   });
   EXPECT_EQ(family.Answer(), "");
-  EXPECT_EQ(NamesOf(key, SubkeyName).size(), 30u);
+  EXPECT_EQ(std::ranges::count(Names(kSubkeys, key_), ','), 30);
   EXPECT_EQ(RegFileCheck(), 0) << RegFileCause();
 }
 
 // The thread that forks ends as the file's last user on its side, which removes the log.
 TEST_F(RegistrySharing, TheLogIsNotRemovedUnderTheOtherSideOfAFork) {
-  Key key;
+  ::setenv("MOXEL_REGISTRY", (folder() / "other.db").c_str(), 1);
   Pipe gate;
-  std::unique_ptr<Child> child;
+  std::deque<Child> child;
   OnAnotherThread([&] {
-    key = Create(HKEY_LOCAL_MACHINE, kPath);
-    child = std::make_unique<Child>([&] {
-      gate.WaitForClose();
-      return std::to_string(Set(key, "child", "1"));
+    Key key = Create(HKEY_LOCAL_MACHINE, kPath);
+    child.emplace_back([&] {
+      gate.Rest();
+      return Digits(Set(key, "child", "1"));
     });
     EXPECT_EQ(Set(key, "parent", "1"), 0);
   });
   gate.CloseWriting();
-  EXPECT_EQ(child->Answer(), "0");
-  EXPECT_EQ(NamesOf(key, ValueName), (std::vector<std::string>{"parent", "child"}));
+  EXPECT_EQ(child.front().Answer(), "0");
+  EXPECT_EQ(Names(kValues, Open(HKEY_LOCAL_MACHINE, kPath)), "parent,child,");
 }
 
 TEST_F(RegistrySharing, AKilledWriterLosesNothingItReportedAndTearsNothing) {
-  ASSERT_EQ(TryCreate(HKEY_LOCAL_MACHINE, kPath), 0);
   std::mt19937 random(20);
   for (int round = 0; round < 20; ++round) {
     Pipe reports;
-    Child writer([&]() -> std::string {
+    Child writer([&] {
       Key key = Open(HKEY_LOCAL_MACHINE, kPath, KEY_ALL_ACCESS);
       for (int n = 1;; ++n) {
-        if (RegFileBegin() != 0 || Set(key, "left", BytesOf(n)) != 0 ||
-            Set(key, "right", BytesOf(n) + std::string(random() % 20000, 'x')) != 0 || RegFileCommit() != 0)
-          return "a failed transaction";
-        std::string name = std::to_string(round) + "-" + std::to_string(n);
-        if (LSTATUS answer = TryCreate(key, name)) return Wrong("create", answer);
+        std::string right = Digits(n) + std::string(1 + random() % 20000, 'x');
+        Answers answers{RegFileBegin(), Set(key, "left", Digits(n)), Set(key, "right", right),
+                        RegFileCommit(), Create(key, Digits(round) + "-" + Digits(n)).answer};
+        if (answers != Answers(5, 0)) return Text(answers);
         reports.Send(n);
       }
     });
@@ -208,126 +179,82 @@ TEST_F(RegistrySharing, AKilledWriterLosesNothingItReportedAndTearsNothing) {
     writer.Kill();
     int last = 0;
     for (int n; reports.Receive(n);) last = n;
-    writer.Answer();
+    EXPECT_EQ(writer.Answer(), " ended with status 9");
     OnAnotherThread([&] {
       Key key = Open(HKEY_LOCAL_MACHINE, kPath);
-      for (int n = 1; n <= last; ++n)
-        EXPECT_EQ(TryOpen(key, std::to_string(round) + "-" + std::to_string(n)), 0);
-      int left = NumberIn(key, "left").value_or(0);
-      EXPECT_GE(left, last);
-      EXPECT_EQ(Get(key, "right").value_or(BytesOf(0)).substr(0, sizeof left), BytesOf(left));
+      for (int n = 1; n <= last; ++n) EXPECT_EQ(Open(key, Digits(round) + "-" + Digits(n)).answer, 0);
+      EXPECT_GE(NumberIn(key, "left"), last);
+      EXPECT_EQ(Get(key, "right").value_or("0x").find(Digits(NumberIn(key, "left")) + "x"), 0u);
       EXPECT_EQ(RegFileCheck(), 0) << RegFileCause();
     });
   }
 }
 
-class RegistryTransaction : public RegistryTest {
- protected:
-  Key key_ = Create(HKEY_LOCAL_MACHINE, kPath);
-
-  // What another process finds: the names of the subkeys, then of the values.
-  std::string SeenByAnother() {
-    return Child([this] {
-             std::string seen;
-             for (const auto& name : NamesOf(key_, SubkeyName)) seen += name + " ";
-             for (const auto& name : NamesOf(key_, ValueName)) seen += name + " ";
-             return seen;
-           })
-        .Answer();
-  }
-};
+using RegistryTransaction = RegistrySharing;
 
 // Another process is asked by a writer that is itself a child: a fork would end the transaction.
 TEST_F(RegistryTransaction, OthersSeeAllOfItOrNothing) {
-  for (bool commit : {false, true}) {
+  for (auto end : {RegFileRollback, RegFileCommit}) {
     Pipe inside, go_on;
-    Child writer([&]() -> std::string {
-      LSTATUS answer = RegFileBegin();
-      if (answer == 0) answer = TryCreate(key_, "A\\B");
-      if (answer == 0) answer = Set(key_, "v", "1");
-      bool own = SubkeyName(key_, 0) == "A" && Get(key_, "v") == "1";
-      inside.Send('x');
-      char go;
+    Child writer([&] {
+      std::string answers = Text({RegFileBegin(), Create(key_, "A\\B").answer, Set(key_, "v", "1")});
+      answers += Names(kSubkeys, key_) + Names(kValues, key_);
+      int go = 0;
+      inside.Send(go);
       go_on.Receive(go);
-      if (answer == 0) answer = commit ? RegFileCommit() : RegFileRollback();
-      return answer == 0 && own ? "" : Wrong("transaction", answer);
+      return answers + Digits(end());
     });
     inside.CloseWriting();
-    char there;
-    ASSERT_TRUE(inside.Receive(there));
+    int there = 0;
+    EXPECT_TRUE(inside.Receive(there));
     EXPECT_EQ(SeenByAnother(), "");
-    go_on.Send('x');
-    EXPECT_EQ(writer.Answer(), "");
-    EXPECT_EQ(SeenByAnother(), commit ? "A v " : "");
+    go_on.Send(there);
+    EXPECT_EQ(writer.Answer(), "0 0 0 A,v,0");
+    EXPECT_EQ(SeenByAnother(), end == RegFileCommit ? "A,v," : "");
   }
 }
 
 TEST_F(RegistryTransaction, ACallThatFailsInsideSpoilsNothing) {
-  ASSERT_EQ(TryCreate(key_, "full\\child"), 0);
-  ASSERT_EQ(RegFileBegin(), 0);
-  EXPECT_EQ(Set(key_, "v", "1"), 0);
-  EXPECT_EQ(RegDeleteKeyA(key_, "full"), 5);
-  EXPECT_EQ(RegDeleteKeyA(key_, "none"), 2);
-  EXPECT_EQ(TryCreate(key_, "new\\" + std::string(256, 'x')), 87);
-  EXPECT_EQ(RegFileBegin(), 87);
-  EXPECT_EQ(TryCreate(key_, "later"), 0);
-  EXPECT_EQ(SubkeyName(key_, 1), "later");
-  EXPECT_EQ(RegFileCommit(), 0);
-  EXPECT_EQ(SeenByAnother(), "full later v ");
-}
-
-TEST_F(RegistryTransaction, EndsNeedABeginning) {
-  EXPECT_EQ(RegFileCommit(), 87);
-  EXPECT_EQ(RegFileRollback(), 87);
-  for (auto end : {RegFileCommit, RegFileRollback}) {
-    EXPECT_EQ(RegFileBegin(), 0);
-    EXPECT_EQ(RegFileBegin(), 87);
-    EXPECT_EQ(end(), 0);
-    EXPECT_EQ(end(), 87);
-  }
+  ASSERT_EQ(Create(key_, "full\\child").answer, 0);
+  EXPECT_EQ(Text({RegFileCommit(), RegFileRollback(), RegFileBegin(), RegFileBegin()}), "87 87 0 87 ");
+  EXPECT_EQ(Text({Set(key_, "v", "1"), RegDeleteKeyA(key_, "full")}), "0 5 ");
+  EXPECT_EQ(Create(key_, "new\\" + std::string(256, 'x')).answer, 87);
+  EXPECT_EQ(Create(key_, "later").answer, 0);
+  EXPECT_EQ(Names(kSubkeys, key_), "full,later,");
+  EXPECT_EQ(Text({RegFileCommit(), RegFileCommit()}), "0 87 ");
+  EXPECT_EQ(SeenByAnother(), "full,later,v,");
 }
 
 TEST_F(RegistryTransaction, AForkRollsItBackAndTheCommitSaysSo) {
-  ASSERT_EQ(RegFileBegin(), 0);
-  ASSERT_EQ(Set(key_, "lost", "1"), 0);
-  Child child([&] {
-    std::string committed = std::to_string(RegFileCommit());
-    return committed + " " + std::to_string(Set(key_, "child", "1"));
-  });
-  EXPECT_EQ(child.Answer(), std::to_string(ERROR_REGISTRY_IO_FAILED) + " 0");
-  EXPECT_EQ(Set(key_, "late", "1"), ERROR_REGISTRY_IO_FAILED);
-  EXPECT_EQ(Get(key_, "child"), std::nullopt);
-  EXPECT_EQ(RegFileCommit(), ERROR_REGISTRY_IO_FAILED);
-  EXPECT_NE(std::string(RegFileCause()).find(RegFilePath()), std::string::npos);
+  ASSERT_EQ(Text({RegFileBegin(), Set(key_, "lost", "1")}), "0 0 ");
+  Child child([&] { return Text({RegFileCommit(), Set(key_, "child", "1")}); });
+  EXPECT_EQ(child.Answer(), "1016 0 ");
+  EXPECT_EQ(Text({Set(key_, "late", "1"), Query(key_, "child"), RegFileCommit()}), "1016 1016 1016 ");
+  EXPECT_EQ(std::string(RegFileCause()).find(RegFilePath()), 0u) << RegFileCause();
   EXPECT_EQ(Set(key_, "after", "1"), 0);
-  EXPECT_EQ(SeenByAnother(), "child after ");
+  EXPECT_EQ(SeenByAnother(), "child,after,");
 }
 
 TEST_F(RegistryTransaction, AThreadThatEndsInsideRollsItBack) {
-  OnAnotherThread([&] {
-    EXPECT_EQ(RegFileBegin(), 0);
-    EXPECT_EQ(Set(key_, "lost", "1"), 0);
-  });
+  OnAnotherThread([&] { EXPECT_EQ(Text({RegFileBegin(), Set(key_, "lost", "1")}), "0 0 "); });
   EXPECT_EQ(Set(key_, "kept", "1"), 0);
-  EXPECT_EQ(SeenByAnother(), "kept ");
+  EXPECT_EQ(SeenByAnother(), "kept,");
 }
 
 TEST_F(RegistryTransaction, AWriterThatDoesNotFinishHoldsUpWritersForATimeAndReadersNever) {
-  ASSERT_EQ(Set(key_, "v", "1"), 0);
-  ASSERT_EQ(RegFileBegin(), 0);
+  ASSERT_EQ(Text({Set(key_, "v", "1"), RegFileBegin()}), "0 0 ");
   OnAnotherThread([&] {
     auto start = std::chrono::steady_clock::now();
     EXPECT_EQ(Get(key_, "v"), "1");
-    EXPECT_EQ(TryCreate(HKEY_LOCAL_MACHINE, kPath), 0);
+    EXPECT_EQ(Create(HKEY_LOCAL_MACHINE, kPath, KEY_READ).answer, 0);
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
-    std::vector<std::thread> writers;
-    writers.emplace_back([&] { EXPECT_EQ(Set(key_, "v", "2"), ERROR_BUSY); });
-    writers.emplace_back([&] { EXPECT_EQ(RegFileBegin(), ERROR_BUSY); });
-    writers.emplace_back([&] {
-      EXPECT_EQ(RegDeleteKeyA(HKEY_LOCAL_MACHINE, kPath), ERROR_BUSY);
-      EXPECT_EQ(std::string(RegFileCause()).find(RegFilePath()), 0u) << RegFileCause();
+    std::string answers = InThreads(3, [&](int writer) {
+      LSTATUS answer = writer == 0   ? Set(key_, "v", "2")
+                       : writer == 1 ? RegFileBegin()
+                                     : RegDeleteKeyA(key_, "");
+      return Digits(answer) + (std::string(RegFileCause()).starts_with(RegFilePath()) ? " named " : " ");
     });
-    for (auto& writer : writers) writer.join();
+    EXPECT_EQ(answers, "170 named 170 named 170 named ");
     EXPECT_GT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
   });
   EXPECT_EQ(RegFileCommit(), 0);

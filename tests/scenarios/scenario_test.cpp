@@ -1,0 +1,109 @@
+// A scenario's live state, and the collections it owns.
+#include "tests/scenarios/scenario_test.h"
+
+namespace moxel::test {
+namespace {
+
+// What is read, or the number of the error.
+template <class Read>
+std::string Answer(Read&& read) {
+  std::string text;
+  const std::int32_t error = NumberRaisedBy([&] { text = Shown(Variant(read())); });
+  return error == 0 ? text : "error " + std::to_string(error);
+}
+
+// The data of all values; the states of scenario and task, the window and the port that are read.
+constexpr const char* kLive = R"(
+    dword:2     | I2 2     | I4 2          | I4 2         |    2           | I2 2    | I4 2           | '2'           |
+    x           | error 13 | error 13      | 'x'          |                | I2 0    | I4 0           | ''            |
+    2.5         | I2 2     | I4 2          | '2.5'        |    nothing:    | I2 0    | I4 0           | ''            |
+    dword:-1    | I2 -1    | I4 -1         | I4 -1        |    dword:32768 | error 6 | I4 32768       | I4 32768      |
+    2147483648  | error 6  | error 6       | '2147483648' |    -2147483648 | error 6 | I4 -2147483648 | '-2147483648' |)";
+
+TEST_F(ScenarioTest, StateWindowAndPortAreReadAtEveryCall) {
+  ObjectPtr<Scenario> scenario = ScenarioNamed("S");
+  ObjectPtr<Traitement> task = TaskNamed("A", u"S");
+  auto answers = [&] {
+    return Answer([&] { return scenario->State(); }) + "|" + Answer([&] { return task->State(); }) + "|" +
+           Answer([&] { return scenario->Hwnd(); }) + "|" + Answer([&] { return scenario->Port(); });
+  };
+  EXPECT_EQ(answers(), "I2 0|I2 0|I4 0|''") << "no keys";
+  Configure("Scenarios\\S\\Taches\\A  Type=dword:1");
+  EXPECT_EQ(answers(), "I2 0|I2 0|I4 0|''") << "no values";
+  const std::vector<std::string> cells = Cells(kLive);
+  for (std::size_t i = 0; i < cells.size(); i += 4) {
+    const std::string& data = cells[i];
+    const std::string path = "  Scenarios\\S", etat = "  Etat=" + data;
+    Configure(path + etat + "  Hwnd=" + data + "  SockNum=" + data + path + "\\Taches\\A" + etat);
+    EXPECT_EQ(answers(), cells[i + 1] + "|" + cells[i + 1] + "|" + cells[i + 2] + "|" + cells[i + 3]) << data;
+  }
+}
+
+TEST_F(ScenarioTest, AnotherProcessRunsTheScenario) {
+  Configure("Scenarios\\S  Etat=dword:0  Hwnd=dword:0  Scenarios\\S\\Taches\\A  Etat=dword:0");
+  ObjectPtr<Scenario> scenario = ScenarioNamed("S");
+  ObjectPtr<Traitement> task = scenario->Traitements()->Item(u"A");
+  auto state = [&] {
+    return std::to_string(scenario->State()) + " " + std::to_string(task->State()) + " " +
+           std::to_string(scenario->Hwnd()) + " " + Shown(scenario->Port());
+  };
+  EXPECT_EQ(state(), "0 0 0 ''");
+  Child engine([] {
+    Configure(R"(Scenarios\S           Etat=dword:1  Hwnd=dword:-2  SockNum=dword:99
+        Scenarios\S\Taches\A  Etat=dword:3)");
+    return "done";
+  });
+  EXPECT_EQ(engine.Answer(), "done");
+  EXPECT_EQ(state(), "1 3 -2 I4 99");
+  RegDeleteKeyTree(u"Scenarios", u"S");
+  EXPECT_EQ(state(), "0 0 0 ''");
+}
+
+TEST_F(ScenarioTest, CollectionsAreLoadedOnceAndAgainWhenNoneIsPut) {
+  auto configure = [](const std::string& name) {
+    const std::string path = "  Scenarios\\S\\";
+    Configure(path + "Ordre  tsk" + name + "=" + name + path + "Taches\\" + name + path + "Var\\" + name +
+              path + "User  " + name + "=" + name);
+  };
+  ObjectPtr<Scenario> scenario = ScenarioNamed("S");
+  auto loaded = [&] {
+    return KeysOf(*scenario->Traitements()) + "|" + KeysOf(*scenario->Variables()) + "|" +
+           KeysOf(*scenario->Utilisateurs()) + "|" + NamesIn(*scenario->TraitementsSelected());
+  };
+  auto put = [&](Traitements* tasks, Variables* variables, Utilisateurs* users, Collection* order) {
+    scenario->PutTraitements(tasks);
+    scenario->PutVariables(variables);
+    scenario->PutUtilisateurs(users);
+    scenario->PutTraitementsSelected(order);
+  };
+  configure("1");
+  EXPECT_EQ(loaded(), "1|1|1|1");
+  configure("2");
+  EXPECT_EQ(loaded(), "1|1|1|1");
+  ObjectPtr<Traitements> kept = scenario->Traitements();
+  put(nullptr, nullptr, nullptr, nullptr);
+  EXPECT_EQ(loaded(), "1 2|1 2|1 2|1 2");
+  EXPECT_EQ(KeysOf(*kept), "1");
+  put(kept.get(), Variables::Create().get(), Utilisateurs::Create().get(), Collection::Create().get());
+  EXPECT_EQ(loaded(), "1|||") << "collections put are not loaded";
+}
+
+TEST_F(ScenarioTest, CollectionsAndTasksOutliveTheirOwner) {
+  Configure("Scenarios\\S\\Taches\\A  Etat=dword:2  Scenarios\\S\\Var\\X  Scenarios\\S\\User  1=bob");
+  ObjectPtr<Scenario> scenario = ScenarioNamed("S");
+  scenario->Variables();
+  scenario->Utilisateurs();
+  scenario->TraitementsSelected();
+  ObjectPtr<Traitements> tasks = scenario->Traitements();
+  scenario->AddRef();
+  EXPECT_EQ(scenario->Release(), 1u) << "nothing below holds the scenario";
+  scenario = nullptr;
+  ObjectPtr<Traitement> task = tasks->Item(u"A");
+  tasks->AddRef();
+  EXPECT_EQ(tasks->Release(), 1u) << "the scenario has let go of its tasks";
+  tasks = nullptr;
+  EXPECT_EQ(task->State(), 2);
+}
+
+}  // namespace
+}  // namespace moxel::test
