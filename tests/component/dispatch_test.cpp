@@ -21,71 +21,57 @@ class DispatchTest : public ProductTest {
 };
 
 TEST_F(DispatchTest, NamesAreFoundInAnyLetterCase) {
-  constexpr HRESULT unknown = DISP_E_UNKNOWNNAME;
-  const struct {
-    std::vector<std::u16string> names;
-    HRESULT result;
-    std::vector<DISPID> ids;
-  } cases[] = {
-      {{u"KEY"}, S_OK, {kKey}},
-      {{u"duplicate", u"wObj", u"wVarName"}, S_OK, {kDuplicate, 1, 0}},
-      {{u"UPDATE1", u"WDOMSCEN", u"wvartype"}, S_OK, {kUpdate1, 5, 0}},
-      {{u"Update", u"wDomScen", u"wInit"}, unknown, {kUpdate, DISPID_UNKNOWN, 3}},
-      {{u"Validate", u"wObj"}, unknown, {DISPID_UNKNOWN, DISPID_UNKNOWN}},
-      {{u""}, unknown, {DISPID_UNKNOWN}},
-  };
+  using Ids = std::vector<DISPID>;
   DISPID ids[3];
   LPOLESTR names[3];
-  auto find = [&](UINT count) { return object()->GetIDsOfNames(GUID_NULL, names, count, 0, ids); };
-  for (auto c : cases) {
-    std::transform(c.names.begin(), c.names.end(), names, [](auto& name) { return name.data(); });
-    EXPECT_EQ(find(static_cast<UINT>(c.names.size())), c.result);
-    EXPECT_EQ(std::vector<DISPID>(ids, ids + c.names.size()), c.ids) << Shown(Variant(c.names[0]));
-  }
+  auto find = [&](std::vector<std::u16string> given, HRESULT expected) {
+    std::transform(given.begin(), given.end(), names, [](auto& name) { return name.data(); });
+    const auto count = static_cast<UINT>(given.size());
+    EXPECT_EQ(object()->GetIDsOfNames(GUID_NULL, names, count, 0, ids), expected);
+    return Ids(ids, ids + count);
+  };
+  EXPECT_EQ(find({u"KEY"}, S_OK), Ids{kKey});
+  EXPECT_EQ(find({u"duplicate", u"wObj", u"wVarName"}, S_OK), (Ids{kDuplicate, 1, 0}));
+  EXPECT_EQ(find({u"UPDATE1", u"WDOMSCEN", u"wvartype"}, S_OK), (Ids{kUpdate1, 5, 0}));
+  EXPECT_EQ(find({u"Update", u"wDomScen", u"wInit"}, DISP_E_UNKNOWNNAME), (Ids{kUpdate, DISPID_UNKNOWN, 3}));
+  EXPECT_EQ(find({u"Validate", u"wObj"}, DISP_E_UNKNOWNNAME), (Ids{DISPID_UNKNOWN, DISPID_UNKNOWN}));
+  EXPECT_EQ(find({u""}, DISP_E_UNKNOWNNAME), Ids{DISPID_UNKNOWN});
   char16_t key[] = u"key";
   names[0] = key, names[1] = nullptr;
-  EXPECT_EQ(find(2), DISP_E_UNKNOWNNAME);
-  EXPECT_EQ(ids[0], kKey);
+  EXPECT_EQ(object()->GetIDsOfNames(GUID_NULL, names, 2, 0, ids), DISP_E_UNKNOWNNAME);
+  EXPECT_EQ(object()->GetIDsOfNames(GUID_NULL, names + 1, 1, 0, ids), E_POINTER);
   EXPECT_EQ(object()->GetIDsOfNames(IID_IDispatch, names, 1, 0, ids), DISP_E_UNKNOWNINTERFACE);
   EXPECT_EQ(object()->GetIDsOfNames(GUID_NULL, names, 1, 0, nullptr), E_POINTER);
   EXPECT_EQ(object()->GetIDsOfNames(GUID_NULL, nullptr, 1, 0, ids), E_POINTER);
   EXPECT_EQ(object()->GetIDsOfNames(GUID_NULL, nullptr, 0, 0, nullptr), S_OK);
-  names[0] = nullptr;
-  EXPECT_EQ(find(1), E_POINTER);
 }
 
 TEST_F(DispatchTest, ArgumentsByPositionAndByNameInAnyOrder) {
   SHORT one = 1;
   const Variant kind(u"C"), text(u" 1 "), value(u"7"), init(u"8"), missing = Variant::Missing(), in_d(u"D_d");
   const VARIANT type = ByReference(VT_I2, &one), owner = none_;
-  const std::string other = "Domain\\D\\Var\\X";
-  const struct {
-    std::string path;
-    DISPID member;
-    std::vector<VARIANT> positional;
-    Named named = {};
-  } cases[] = {
-      {"X", kUpdate, {}, {{4, owner}, {0, kind}, {3, init}, {2, value}, {1, text}}},
-      {"X", kUpdate, {kind, text}, {{3, init}, {4, owner}, {2, value}}},
-      {"X", kUpdate1, {kind, Variant(0.9), value, init, owner}},
-      {"X", kUpdate1, {kind, type, value, init, owner, missing}},
-      {other, kUpdate1, {kind, type, value, init, owner, in_d}},
-      {other, kUpdate1, {}, {{5, in_d}, {4, owner}, {3, init}, {2, value}, {1, type}, {0, kind}}},
-  };
   variable_->key = u"X";
-  for (const auto& c : cases) {
-    const Reply reply = Call(object(), c.member, kCall, c.positional, c.named);
-    EXPECT_EQ(reply.result, S_OK);
-    EXPECT_EQ(Shown(reply.value), "I2 -1");
-    EXPECT_EQ(ConfigurationAt(c.path), Tidy(c.path + "  Value=dword:7  Init=8  Type=dword:1  V/C=C"));
-    RegDeleteKeyA(HKEY_LOCAL_MACHINE, AbsolutePath(c.path).c_str());
-  }
+  auto written = [&](DISPID member, const std::vector<VARIANT>& positional, const Named& named = {}) {
+    EXPECT_EQ(Shown(Call(object(), member, kCall, positional, named).value), "I2 -1");
+    const std::string domain = ConfigurationAt("Domain"), root = ConfigurationAt("X");
+    RegDeleteKeyA(HKEY_LOCAL_MACHINE, AbsolutePath("X").c_str());
+    RegDeleteKeyA(HKEY_LOCAL_MACHINE, AbsolutePath("Domain\\D\\Var\\X").c_str());
+    return root.empty() ? domain : root;
+  };
+  const std::string record = "X  Value=dword:7  Init=8  Type=dword:1  V/C=C\n";
+  EXPECT_EQ(written(kUpdate, {}, {{4, owner}, {0, kind}, {3, init}, {2, value}, {1, text}}), record);
+  EXPECT_EQ(written(kUpdate, {kind, text}, {{3, init}, {4, owner}, {2, value}}), record);
+  EXPECT_EQ(written(kUpdate1, {kind, Variant(0.9), value, init, owner}), record);
+  EXPECT_EQ(written(kUpdate1, {kind, type, value, init, owner, missing}), record);
+  const std::string below = "Domain\nDomain\\D\nDomain\\D\\Var\nDomain\\D\\Var\\" + record;
+  EXPECT_EQ(written(kUpdate1, {kind, type, value, init, owner, in_d}), below);
+  const Named all{{5, in_d}, {4, owner}, {3, init}, {2, value}, {1, type}, {0, kind}};
+  EXPECT_EQ(written(kUpdate1, {}, all), below);
 }
 
 TEST_F(DispatchTest, CallsThatDoNotFitTheirMember) {
   const Variant x(u"x"), n(std::int16_t{0}), gone = Variant::Missing(), wide(std::int32_t{70000});
-  const VARIANT owner = none_, odd = Bare(200), array = Bare(VT_ARRAY | VT_BSTR),
-                nowhere = ByReference<BSTR>(VT_BSTR, nullptr);
+  const VARIANT owner = none_, odd = Bare(VT_ARRAY | VT_BSTR), nowhere = ByReference<BSTR>(VT_BSTR, nullptr);
   const struct {
     const char* what;
     DISPID member;
@@ -105,11 +91,12 @@ TEST_F(DispatchTest, CallsThatDoNotFitTheirMember) {
       {"text for an object", kDuplicate, kCall, {x, x}, {}, DISP_E_TYPEMISMATCH, 0},
       {"number of 32 bits", kUpdate, kCall, {x, wide, x, x, owner}, {}, DISP_E_OVERFLOW, 3},
       {"the first of two", kUpdate, kCall, {x, x, x, x, x}, {}, DISP_E_TYPEMISMATCH, 3},
-      {"by name", kDuplicate, kCall, {}, {{0, x}, {1, x}}, DISP_E_TYPEMISMATCH, 1},
-      {"array", kInitialize1, kCall, {array}, {}, DISP_E_TYPEMISMATCH, 0},
-      {"unheard-of tag", kInitialize1, kCall, {odd}, {}, DISP_E_TYPEMISMATCH, 0},
+      {"array", kInitialize1, kCall, {odd}, {}, DISP_E_TYPEMISMATCH, 0},
       {"reference to nowhere", kInitialize1, kCall, {nowhere}, {}, DISP_E_TYPEMISMATCH, 0},
       {"unknown member", 4711, kCall, {}, {}, DISP_E_MEMBERNOTFOUND},
+      {"put of null", kKey, kPut, {}, {{DISPID_PROPERTYPUT, Bare(VT_NULL)}}, DISP_E_TYPEMISMATCH, 0},
+      {"put of nothing", kKey, kPut, {}, {}, DISP_E_BADPARAMCOUNT},
+      {"put of two", kKey, kPut, {x}, {{DISPID_PROPERTYPUT, x}}, DISP_E_PARAMNOTFOUND, 0},
       {"no default member", DISPID_VALUE, kRead, {}, {}, DISP_E_MEMBERNOTFOUND},
       {"read-only property", kValue, kPut, {x}, {}, DISP_E_MEMBERNOTFOUND},
       {"method read", kInitialize1, kRead, {x}, {}, DISP_E_MEMBERNOTFOUND},
@@ -124,6 +111,7 @@ TEST_F(DispatchTest, CallsThatDoNotFitTheirMember) {
     EXPECT_EQ(reply.number, 0) << c.what;
   }
   EXPECT_EQ(FieldsOf(*variable_), "'V' 0 empty empty");
+  EXPECT_EQ(variable_->key, u"");
   EXPECT_FALSE(Exists(""));
 }
 
@@ -143,29 +131,15 @@ TEST_F(DispatchTest, MalformedParameterBlocks) {
 
 TEST_F(DispatchTest, PropertiesArePutEitherWay) {
   Variant text(u"one"), number(std::int32_t{12});
-  const VARIANT referred = ByReference(VT_BSTR, &text.bstrVal), null = Variant::Null();
-  constexpr DISPID put = DISPID_PROPERTYPUT;
-  const struct {
-    WORD flags;
-    std::vector<VARIANT> positional;
-    Named named;
-    HRESULT result;
-    const char* key;
-  } cases[] = {
-      {kPut, {}, {{put, text}}, S_OK, "'one'"},
-      {kPut, {number}, {}, S_OK, "'12'"},
-      {kPutRef, {}, {{put, text}}, S_OK, "'one'"},
-      {kPut, {referred}, {}, S_OK, "'one'"},
-      {kPut, {}, {{put, Bare(VT_BSTR)}}, S_OK, "''"},
-      {kPut, {}, {{put, null}}, DISP_E_TYPEMISMATCH, "'before'"},
-      {kPut, {}, {}, DISP_E_BADPARAMCOUNT, "'before'"},
-      {kPut, {text}, {{put, text}}, DISP_E_PARAMNOTFOUND, "'before'"},
+  auto put = [&](WORD flags, const std::vector<VARIANT>& positional, const Named& named = {}) {
+    EXPECT_EQ(Call(object(), kKey, flags, positional, named).result, S_OK);
+    return Shown(Call(object(), kKey, kCall | kRead).value);
   };
-  for (const auto& c : cases) {
-    variable_->key = u"before";
-    EXPECT_EQ(Call(object(), kKey, c.flags, c.positional, c.named).result, c.result);
-    EXPECT_EQ(Shown(Call(object(), kKey, kCall | kRead).value), c.key);
-  }
+  EXPECT_EQ(put(kPut, {}, {{DISPID_PROPERTYPUT, text}}), "'one'");
+  EXPECT_EQ(put(kPut, {number}), "'12'");
+  EXPECT_EQ(put(kPutRef, {}, {{DISPID_PROPERTYPUT, text}}), "'one'");
+  EXPECT_EQ(put(kPut, {}, {{DISPID_PROPERTYPUT, Bare(VT_BSTR)}}), "''");
+  EXPECT_EQ(put(kPut | kPutRef, {ByReference(VT_BSTR, &text.bstrVal)}), "'one'");
 }
 
 // Every tag that a client's language may have for a value.
@@ -184,10 +158,8 @@ TEST_F(DispatchTest, ValuesOfEveryTagArrive) {
   std::memcpy(static_cast<void*>(&decimal), &digits, sizeof digits);
   decimal.vt = VT_DECIMAL;
   const std::pair<VARIANT, std::string> cases[] = {
-      {Variant(), "empty"},
       {of(VT_I1, &VARIANT::cVal, static_cast<CHAR>(-5)), "I2 -5"},
       {byte, "I2 200"},
-      {of(VT_INT, &VARIANT::intVal, -70000), "I4 -70000"},
       {of(VT_UI4, &VARIANT::ulVal, 4000000000u), "R8 4000000000"},
       {of(VT_I8, &VARIANT::llVal, 5000000000), "R8 5000000000"},
       {of(VT_UI8, &VARIANT::ullVal, ~0ull), "R8 1.8446744073709552e+19"},
@@ -200,7 +172,6 @@ TEST_F(DispatchTest, ValuesOfEveryTagArrive) {
       {ByReference(VT_BSTR, &text.bstrVal), "'text'"},
       {ByReference(VT_DISPATCH, &dispatch), "object"},
       {ByReference(VT_VARIANT, &byte), "I2 200"},
-      {ByReference(VT_DECIMAL, &decimal), "R8 -12.345000000000001"},
       {Bare(VT_BSTR), "''"},
   };
   for (const auto& [given, stored] : cases) {

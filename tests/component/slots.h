@@ -3,8 +3,8 @@
 
 #include <concepts>
 #include <cstring>
-#include <regex>
 #include <string>
+#include <string_view>
 #include <tuple>
 #include <type_traits>
 #include <utility>
@@ -45,63 +45,51 @@ class Passed {
 // What a slot hands over, as the variant that owns it.
 template <class T>
 Variant Wrapped(T& answer) {
-  Variant wrapped;
+  if constexpr (std::is_integral_v<T>) return answer;
+  VARIANT wrapped{};
   if constexpr (std::is_same_v<T, VARIANT>) {
-    static_cast<VARIANT&>(wrapped) = answer;
-  } else if constexpr (std::is_same_v<T, BSTR>) {
-    wrapped.vt = VT_BSTR;
-    wrapped.bstrVal = answer;
-  } else if constexpr (std::is_pointer_v<T>) {
-    wrapped.vt = std::is_same_v<T, IUnknown*> ? VT_UNKNOWN : VT_DISPATCH;
-    wrapped.punkVal = answer;
-  } else {
     wrapped = answer;
+  } else if constexpr (std::is_pointer_v<T>) {
+    wrapped.vt = std::is_same_v<T, BSTR> ? VT_BSTR : std::is_same_v<T, IUnknown*> ? VT_UNKNOWN : VT_DISPATCH;
+    wrapped.byref = answer;
   }
-  return wrapped;
+  return static_cast<Variant&&>(wrapped);
 }
 
-// A slot, by the name it has in its interface; `call` puts what it hands over into `result`.
+// A slot, by its name in the header; `call` puts what it hands over into `result`.
 struct Slot {
   std::string interface, kind, member;  // "Root", "get", "Domaines"
   std::size_t place;                    // behind those of IDispatch
-  IID answer;                           // the interface of the object it answers or is given; else its own
   HRESULT (*call)(IDispatch* object, const std::vector<Variant>& arguments, Variant& result);
 };
 
-template <class Interface, class... Parameters>
-constexpr std::size_t ParametersOf(HRESULT (Interface::*)(Parameters...)) {
-  return sizeof...(Parameters);
-}
-
-template <auto kSlot, bool kHasResult, class Interface, class... Parameters, std::size_t... kAt>
-Slot Described(HRESULT (Interface::*slot)(Parameters...), std::index_sequence<kAt...>) {
-  using Last = std::tuple_element_t<sizeof...(Parameters) - 1, std::tuple<Parameters...>>;
-  using Answer = std::remove_pointer_t<std::conditional_t<kHasResult, std::remove_pointer_t<Last>, Last>>;
-  Slot described{};
-  described.call = [](IDispatch* object, const std::vector<Variant>& arguments, Variant& result) {
-    const auto target = ObjectPtr<Interface>::Query(object);
-    [[maybe_unused]] std::vector<Passed> passed(arguments.begin(), arguments.end());
-    if constexpr (kHasResult) {
-      std::remove_pointer_t<Last> answer{};
-      const HRESULT status = (target.get()->*kSlot)(passed.at(kAt)..., &answer);
-      if (SUCCEEDED(status)) result = Wrapped(answer);
-      return status;
-    } else {
-      return (target.get()->*kSlot)(passed.at(kAt)...);
-    }
-  };
-  described.answer =
-      interface_id<std::conditional_t<std::derived_from<Answer, IDispatch>, Answer, Interface>>;
-  std::memcpy(&described.place, &slot, sizeof described.place);  // its offset in the table, plus one
-  described.place = described.place / sizeof(void*) - 7;
+template <auto kSlot, bool kHasResult, class Interface, class... Parameters>
+Slot Described(HRESULT (Interface::*slot)(Parameters...)) {
   // Only here the compiler tells the slot's name.
-  const std::string spelled = __PRETTY_FUNCTION__;
-  std::smatch found;
-  std::regex_search(spelled, found, std::regex("kSlot = &moxel::_(\\w+)::(get|putref|put|raw)_(\\w+)"));
-  described.interface = found.str(1);
-  described.kind = found.str(2);
-  described.member = found.str(3);
-  return described;
+  std::string name = __PRETTY_FUNCTION__;
+  name.erase(0, name.find("::_", name.find("kSlot = ")) + 3);
+  const std::size_t colons = name.find("::"), underscore = name.find('_');
+  std::size_t offset = 0;  // in the table of slots, plus one
+  std::memcpy(&offset, &slot, sizeof offset);
+  auto call = [](IDispatch* object, const std::vector<Variant>& arguments, Variant& result) {
+    return [&]<std::size_t... kAt>(std::index_sequence<kAt...>) {
+      const auto target = ObjectPtr<Interface>::Query(object);
+      [[maybe_unused]] std::vector<Passed> passed(arguments.begin(), arguments.end());
+      if constexpr (kHasResult) {
+        using Last = std::tuple_element_t<sizeof...(kAt), std::tuple<Parameters...>>;
+        std::remove_pointer_t<Last> answer{};
+        const HRESULT status = (target.get()->*kSlot)(passed.at(kAt)..., &answer);
+        if (SUCCEEDED(status)) result = Wrapped(answer);
+        return status;
+      } else {
+        return (target.get()->*kSlot)(passed.at(kAt)...);
+      }
+    }
+    (std::make_index_sequence<sizeof...(Parameters) - (kHasResult ? 1 : 0)>());
+  };
+  return {name.substr(0, colons), name.substr(colons + 2, underscore - colons - 2),
+          name.substr(underscore + 1, name.find_first_of(";]") - underscore - 1), offset / sizeof(void*) - 7,
+          call};
 }
 
 }  // namespace moxel::test

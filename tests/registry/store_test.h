@@ -11,7 +11,7 @@
 #include "moxel/variant.h"
 #include "registry/ansi.h"
 #include "tests/platform/locale/scoped_locale.h"
-#include "tests/platform/registry/registry_helpers.h"
+#include "tests/support/registry_access.h"
 #include "tests/support/product_test.h"
 
 namespace moxel::test {

@@ -12,30 +12,31 @@ std::string Answer(Read&& read) {
   return error == 0 ? text : "error " + std::to_string(error);
 }
 
+std::string LiveIn(Scenario& scenario, Traitement& task) {
+  return Answer([&] { return scenario.State(); }) + "|" + Answer([&] { return task.State(); }) + "|" +
+         Answer([&] { return scenario.Hwnd(); }) + "|" + Answer([&] { return scenario.Port(); });
+}
+
 // The data of all values; the states of scenario and task, the window and the port that are read.
 constexpr const char* kLive = R"(
-    dword:2     | I2 2     | I4 2          | I4 2         |    2           | I2 2    | I4 2           | '2'           |
-    x           | error 13 | error 13      | 'x'          |                | I2 0    | I4 0           | ''            |
-    2.5         | I2 2     | I4 2          | '2.5'        |    nothing:    | I2 0    | I4 0           | ''            |
-    dword:-1    | I2 -1    | I4 -1         | I4 -1        |    dword:32768 | error 6 | I4 32768       | I4 32768      |
-    2147483648  | error 6  | error 6       | '2147483648' |    -2147483648 | error 6 | I4 -2147483648 | '-2147483648' |)";
+    dword:2    | I2 2     | I4 2     | I4 2         | 2           | I2 2    | I4 2           | '2'
+    3000000000 | error 6  | error 6  | '3000000000' | -2000000000 | error 6 | I4 -2000000000 | '-2000000000'
+    x          | error 13 | error 13 | 'x'          |             | I2 0    | I4 0           | ''
+    2.5        | I2 2     | I4 2     | '2.5'        | nothing:    | I2 0    | I4 0           | ''
+    dword:-1   | I2 -1    | I4 -1    | I4 -1        | dword:32768 | error 6 | I4 32768       | I4 32768)";
 
 TEST_F(ScenarioTest, StateWindowAndPortAreReadAtEveryCall) {
   ObjectPtr<Scenario> scenario = ScenarioNamed("S");
   ObjectPtr<Traitement> task = TaskNamed("A", u"S");
-  auto answers = [&] {
-    return Answer([&] { return scenario->State(); }) + "|" + Answer([&] { return task->State(); }) + "|" +
-           Answer([&] { return scenario->Hwnd(); }) + "|" + Answer([&] { return scenario->Port(); });
-  };
-  EXPECT_EQ(answers(), "I2 0|I2 0|I4 0|''") << "no keys";
-  Configure("Scenarios\\S\\Taches\\A  Type=dword:1");
-  EXPECT_EQ(answers(), "I2 0|I2 0|I4 0|''") << "no values";
+  EXPECT_EQ(LiveIn(*scenario, *task), "I2 0|I2 0|I4 0|''") << "no keys";
   const std::vector<std::string> cells = Cells(kLive);
   for (std::size_t i = 0; i < cells.size(); i += 4) {
     const std::string& data = cells[i];
     const std::string path = "  Scenarios\\S", etat = "  Etat=" + data;
     Configure(path + etat + "  Hwnd=" + data + "  SockNum=" + data + path + "\\Taches\\A" + etat);
-    EXPECT_EQ(answers(), cells[i + 1] + "|" + cells[i + 1] + "|" + cells[i + 2] + "|" + cells[i + 3]) << data;
+    EXPECT_EQ(LiveIn(*scenario, *task),
+              cells[i + 1] + "|" + cells[i + 1] + "|" + cells[i + 2] + "|" + cells[i + 3])
+        << data;
   }
 }
 
@@ -43,28 +44,19 @@ TEST_F(ScenarioTest, AnotherProcessRunsTheScenario) {
   Configure("Scenarios\\S  Etat=dword:0  Hwnd=dword:0  Scenarios\\S\\Taches\\A  Etat=dword:0");
   ObjectPtr<Scenario> scenario = ScenarioNamed("S");
   ObjectPtr<Traitement> task = scenario->Traitements()->Item(u"A");
-  auto state = [&] {
-    return std::to_string(scenario->State()) + " " + std::to_string(task->State()) + " " +
-           std::to_string(scenario->Hwnd()) + " " + Shown(scenario->Port());
-  };
-  EXPECT_EQ(state(), "0 0 0 ''");
+  EXPECT_EQ(LiveIn(*scenario, *task), "I2 0|I2 0|I4 0|''");
   Child engine([] {
     Configure(R"(Scenarios\S           Etat=dword:1  Hwnd=dword:-2  SockNum=dword:99
         Scenarios\S\Taches\A  Etat=dword:3)");
     return "done";
   });
   EXPECT_EQ(engine.Answer(), "done");
-  EXPECT_EQ(state(), "1 3 -2 I4 99");
+  EXPECT_EQ(LiveIn(*scenario, *task), "I2 1|I2 3|I4 -2|I4 99");
   RegDeleteKeyTree(u"Scenarios", u"S");
-  EXPECT_EQ(state(), "0 0 0 ''");
+  EXPECT_EQ(LiveIn(*scenario, *task), "I2 0|I2 0|I4 0|''");
 }
 
 TEST_F(ScenarioTest, CollectionsAreLoadedOnceAndAgainWhenNoneIsPut) {
-  auto configure = [](const std::string& name) {
-    const std::string path = "  Scenarios\\S\\";
-    Configure(path + "Ordre  tsk" + name + "=" + name + path + "Taches\\" + name + path + "Var\\" + name +
-              path + "User  " + name + "=" + name);
-  };
   ObjectPtr<Scenario> scenario = ScenarioNamed("S");
   auto loaded = [&] {
     return KeysOf(*scenario->Traitements()) + "|" + KeysOf(*scenario->Variables()) + "|" +
@@ -76,9 +68,12 @@ TEST_F(ScenarioTest, CollectionsAreLoadedOnceAndAgainWhenNoneIsPut) {
     scenario->PutUtilisateurs(users);
     scenario->PutTraitementsSelected(order);
   };
-  configure("1");
+  EXPECT_EQ(loaded(), "|||");
+  EXPECT_FALSE(Exists("Scenarios")) << "reading creates nothing";
+  put(nullptr, nullptr, nullptr, nullptr);
+  Configure(R"(Scenarios\S\Ordre  tsk1=1  Scenarios\S\User  1=1  Scenarios\S\Taches\1  Scenarios\S\Var\1)");
   EXPECT_EQ(loaded(), "1|1|1|1");
-  configure("2");
+  Configure(R"(Scenarios\S\Ordre  tsk2=2  Scenarios\S\User  2=2  Scenarios\S\Taches\2  Scenarios\S\Var\2)");
   EXPECT_EQ(loaded(), "1|1|1|1");
   ObjectPtr<Traitements> kept = scenario->Traitements();
   put(nullptr, nullptr, nullptr, nullptr);
@@ -89,18 +84,11 @@ TEST_F(ScenarioTest, CollectionsAreLoadedOnceAndAgainWhenNoneIsPut) {
 }
 
 TEST_F(ScenarioTest, CollectionsAndTasksOutliveTheirOwner) {
-  Configure("Scenarios\\S\\Taches\\A  Etat=dword:2  Scenarios\\S\\Var\\X  Scenarios\\S\\User  1=bob");
+  Configure("Scenarios\\S\\Taches\\A  Etat=dword:2");
   ObjectPtr<Scenario> scenario = ScenarioNamed("S");
-  scenario->Variables();
-  scenario->Utilisateurs();
-  scenario->TraitementsSelected();
   ObjectPtr<Traitements> tasks = scenario->Traitements();
-  scenario->AddRef();
-  EXPECT_EQ(scenario->Release(), 1u) << "nothing below holds the scenario";
   scenario = nullptr;
   ObjectPtr<Traitement> task = tasks->Item(u"A");
-  tasks->AddRef();
-  EXPECT_EQ(tasks->Release(), 1u) << "the scenario has let go of its tasks";
   tasks = nullptr;
   EXPECT_EQ(task->State(), 2);
 }

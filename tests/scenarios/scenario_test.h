@@ -38,13 +38,14 @@ inline ObjectPtr<Traitement> TaskNamed(std::string_view name, std::u16string_vie
   return task;
 }
 
-// The cells of a table in text form, each with a "|" behind it.
+// The cells of a table in text form from its second line on, between "|" and line breaks.
 inline std::vector<std::string> Cells(std::string_view table) {
   std::vector<std::string> cells;
-  for (std::size_t end; (end = table.find('|')) != table.npos; table.remove_prefix(end + 1)) {
-    const std::string_view cell = table.substr(0, end);
-    const std::size_t begin = std::min(cell.find_first_not_of(" \n"), end);
-    cells.emplace_back(cell.substr(begin, cell.find_last_not_of(" \n") + 1 - begin));
+  for (std::size_t at = 1, end; at < table.size(); at = end + 1) {
+    end = std::min(table.find_first_of("|\n", at), table.size());
+    const std::string_view cell = table.substr(at, end - at);
+    const std::size_t begin = std::min(cell.find_first_not_of(' '), cell.size());
+    cells.emplace_back(cell.substr(begin, cell.find_last_not_of(' ') + 1 - begin));
   }
   return cells;
 }

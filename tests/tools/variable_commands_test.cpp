@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/platform/registry/registry_helpers.h"
+#include "tests/support/registry_access.h"
 #include "tests/support/temp_registry.h"
 #include "tests/tools/run_tool.h"
 

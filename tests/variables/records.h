@@ -13,7 +13,7 @@
 
 #include "moxel/identifiers.h"
 #include "moxel/variant.h"
-#include "tests/platform/registry/registry_helpers.h"
+#include "tests/support/registry_access.h"
 #include "tests/support/product_test.h"
 #include "tests/support/raised_error.h"
 

@@ -72,6 +72,7 @@ void PrintSection(const std::string& title, const std::vector<Column>& columns, 
 
 void PrintFields(const std::vector<Column>& fields, const Json& object, const Console& console) {
   std::vector<Row> lines;
+  lines.reserve(fields.size());
   for (const Column& field : fields)
     lines.push_back({field.heading, Readable(object.value(field.field, Json()))});
   PrintAligned(lines, "", console);

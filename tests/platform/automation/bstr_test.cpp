@@ -23,9 +23,9 @@ TEST(Bstr, LayoutIsByteCountTextAndNul) {
   for (const auto& [text, bytes] : cases) {
     ASSERT_NE(text, nullptr);
     const char* start = reinterpret_cast<char*>(text);
-    UINT count = 0;
-    std::memcpy(&count, start - 4, 4);
-    EXPECT_TRUE(count == bytes.size() && SysStringByteLen(text) == count && SysStringLen(text) == count / 2);
+    const UINT count = SysStringByteLen(text);
+    EXPECT_TRUE(count == bytes.size() && SysStringLen(text) == count / 2);
+    EXPECT_EQ(std::memcmp(start - 4, &count, 4), 0);
     EXPECT_EQ(std::string(start, bytes.size() + 2), bytes + "\0\0"s);
     SysFreeString(text);
   }

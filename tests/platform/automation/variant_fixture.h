@@ -5,6 +5,7 @@
 #include <cstring>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "moxel/platform.h"
@@ -54,10 +55,7 @@ inline std::string Show(std::u16string_view text) {
   return shown;
 }
 
-struct Row {
-  std::u16string text;
-  std::string expected;
-};
+using Row = std::pair<std::u16string, std::string>;
 
 // Reads "text: expected|text: expected".
 inline std::vector<Row> Rows(std::u16string_view table) {
@@ -66,24 +64,24 @@ inline std::vector<Row> Rows(std::u16string_view table) {
     end = std::min(table.find(u'|', begin), table.size());
     const auto row = table.substr(begin, end - begin);
     const std::size_t colon = row.rfind(u": ");
-    rows.push_back({std::u16string(row.substr(0, colon)), Show(row.substr(colon + 2))});
+    rows.emplace_back(row.substr(0, colon), Show(row.substr(colon + 2)));
   }
   return rows;
 }
 
-// Counts its references; answers IUnknown, and IDispatch if made so.
-class CountedObject final : public IDispatch {
- public:
-  explicit CountedObject(bool dispatch = true) : dispatch_(dispatch) {}
-
+// Counts its references, and looks, when released, at the variant that holds it.
+struct CountedObject final : IDispatch {
   HRESULT QueryInterface(REFIID riid, void** ppvObject) override {
-    if (riid != IID_IUnknown && !(dispatch_ && riid == IID_IDispatch)) return E_NOINTERFACE;
+    if (riid != IID_IUnknown && riid != IID_IDispatch) return E_NOINTERFACE;
     AddRef();
     *ppvObject = this;
     return S_OK;
   }
   ULONG AddRef() override { return ++references; }
-  ULONG Release() override { return --references; }
+  ULONG Release() override {
+    if (holder != nullptr) seen = holder->vt;
+    return --references;
+  }
   HRESULT GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
   HRESULT GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
   HRESULT GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
@@ -92,9 +90,8 @@ class CountedObject final : public IDispatch {
   }
 
   ULONG references = 1;
-
- private:
-  bool dispatch_;
+  const VARIANT* holder = nullptr;
+  VARTYPE seen = VT_ERROR;
 };
 
 }  // namespace moxel::test

@@ -29,16 +29,15 @@ class Story {
 
  private:
   struct Walker {
-    Key handle = Open(HKEY_LOCAL_MACHINE, kPath);
+    Key handle = Open(kRoot, kPath);
     DWORD next[2] = {};
   };
 
   unsigned Below(std::size_t limit) { return static_cast<unsigned>(random_() % limit); }
 
   std::string Name() {
-    static constexpr const char* kPrefixes[] = {"a", "A", "b", "m", "M_", "Z", "\xE9", "\xC9", "_", "S1"};
     unsigned number = Below(pool_);
-    std::string name = kPrefixes[number % 10] + std::to_string(number / 10);
+    std::string name = "aAbmZ_\xE9\xC9"[number % 8] + std::to_string(number / 8);
     return Below(4) == 0 ? Upper(name) : name;
   }
 
@@ -62,13 +61,9 @@ class Story {
     List list = Below(2) == 0 ? kSubkeys : kValues;
     DWORD& index = walker.next[list];
     const auto& names = model_[list];
-    switch (Below(8)) {
-      case 0: index = Below(pool_ + 2); break;
-      case 1: index = 0; break;
-      case 2: index -= index > 0 ? 1 : 0; break;
-      case 3: break;
-      default: ++index;
-    }
+    const DWORD next[] = {Below(pool_ + 2), 0, index > 0 ? index - 1 : 0, index};
+    unsigned way = Below(8);
+    index = way < 4 ? next[way] : index + 1;
     bool there = index < names.size();
     EXPECT_EQ(NameAt(list, walker.handle, index), there ? std::optional(names[index]) : std::nullopt);
     if (!there && Below(2) == 0) index = 0;
@@ -76,12 +71,12 @@ class Story {
 
   std::mt19937 random_;
   std::size_t pool_;
-  Key key_ = Create(HKEY_LOCAL_MACHINE, kPath);
+  Key key_ = Create(kRoot, kPath);
   Walker walkers_[3];
   std::vector<std::string> model_[2];  // the two lists, kept the obvious way
 };
 
-class RegistryEnumeration : public RegistryTest {};
+using RegistryEnumeration = RegistryTest;
 
 TEST_F(RegistryEnumeration, StepsAnswerWhatTheListHoldsAtThatMoment) {
   unsigned seed = 0;
@@ -100,44 +95,40 @@ TEST_F(RegistryEnumeration, AWalkIsNotMisledByAKeyOrAFileThatTookAnothersPlace) 
   };
   fill(HKEY_CLASSES_ROOT, "ABC");
   ASSERT_EQ(NameAt(kSubkeys, HKEY_CLASSES_ROOT, 2), "C");
-  for (const char* name : {"A", "B", "C", ""}) ASSERT_EQ(RegDeleteKeyA(HKEY_CLASSES_ROOT, name), 0);
+  for (const char* name : {"A", "B", "C"}) ASSERT_EQ(RegDeleteKeyA(HKEY_CLASSES_ROOT, name), 0);
+  ASSERT_EQ(RegDeleteKeyA(kRoot, "SOFTWARE\\Classes"), 0);
   fill(HKEY_CLASSES_ROOT, "XYZ");
   EXPECT_EQ(NameAt(kSubkeys, HKEY_CLASSES_ROOT, 3), std::nullopt);
   EXPECT_EQ(NameAt(kSubkeys, HKEY_CLASSES_ROOT, 1), "Y");
 
-  ASSERT_EQ(NameAt(kSubkeys, HKEY_LOCAL_MACHINE, 0), "SOFTWARE");
+  ASSERT_EQ(NameAt(kSubkeys, kRoot, 0), "SOFTWARE");
   ::setenv("MOXEL_REGISTRY", (folder() / "other.db").c_str(), 1);
-  fill(HKEY_LOCAL_MACHINE, "TUV");
-  EXPECT_EQ(NameAt(kSubkeys, HKEY_LOCAL_MACHINE, 1), "U");
-  EXPECT_EQ(Names(kSubkeys, HKEY_LOCAL_MACHINE), "T,U,V,");
-}
-
-// Microseconds a step of a walk over n entries; with changes, through another handle, one between every two.
-// All in one transaction, so that the disk has no part in it.
-double CostOfAStep(List list, bool changing, DWORD n) {
-  const std::string path = kPath + std::to_string(n);
-  Key key = Create(HKEY_LOCAL_MACHINE, path), walker = Open(HKEY_LOCAL_MACHINE, path);
-  EXPECT_EQ(RegFileBegin(), 0);
-  for (DWORD i = 0; i < n; ++i) EXPECT_EQ(Add(list, key, "n" + std::to_string(i)), 0);
-  DWORD index = 0;
-  auto start = std::chrono::steady_clock::now();
-  // A subkey added lies before the walker, a value behind it.
-  for (; NameAt(list, walker, index); ++index)
-    EXPECT_EQ(!changing ? 0 : index % 2 == 0 ? Add(list, key, "a") : Remove(list, key, "a"), 0);
-  std::chrono::duration<double, std::micro> taken = std::chrono::steady_clock::now() - start;
-  EXPECT_EQ(RegFileCommit(), 0);
-  EXPECT_NEAR(index, n, 1);
-  return taken.count() / n;
+  fill(kRoot, "TUV");
+  EXPECT_EQ(NameAt(kSubkeys, kRoot, 1), "U");
+  EXPECT_EQ(Names(kSubkeys, kRoot), "T,U,V,");
 }
 
 TEST_F(RegistryEnumeration, AStepCostsTheSameInALongList) {
   for (List list : {kSubkeys, kValues}) {
-    for (bool changing : {false, true}) {
-      ::setenv("MOXEL_REGISTRY", (folder() / std::to_string(list * 2 + changing)).c_str(), 1);
-      CostOfAStep(list, changing, 100);
-      double few = CostOfAStep(list, changing, 2000);
-      EXPECT_LT(CostOfAStep(list, changing, 20000), 3 * few) << list << changing;
-    }
+    // Microseconds a step of a walk over n entries, with a change through another handle between some. All in
+    // one transaction, so that the disk has no part in it.
+    auto cost = [list](DWORD n) {
+      Key key = Create(kRoot, kPath + std::to_string(n)), walker = Open(key, "");
+      EXPECT_EQ(RegFileBegin(), 0);
+      for (DWORD i = 0; i < n; ++i) Add(list, key, "n" + std::to_string(i));
+      DWORD index = 0;
+      auto start = std::chrono::steady_clock::now();
+      // A subkey added lies before the walker, a value behind it.
+      for (; NameAt(list, walker, index); ++index)
+        if (index % 2 == 0) index % 4 == 0 ? Add(list, key, "a") : Remove(list, key, "a");
+      std::chrono::duration<double, std::micro> taken = std::chrono::steady_clock::now() - start;
+      EXPECT_NEAR(index, n, 1);
+      EXPECT_EQ(RegFileRollback(), 0);
+      return taken.count() / n;
+    };
+    cost(100);
+    double few = cost(2000);
+    EXPECT_LT(cost(20000), 3 * few) << list;
   }
 }
 

@@ -21,6 +21,7 @@
 
 namespace moxel::test {
 
+inline constexpr HKEY kRoot = HKEY_LOCAL_MACHINE;
 inline constexpr const char* kPath = "SOFTWARE\\X";
 
 // A handle, and what the call answered that made it. The handle is 0 after a failure, which later calls
@@ -54,19 +55,15 @@ inline LSTATUS Set(HKEY key, const std::string& name, std::string_view bytes, DW
                         static_cast<DWORD>(bytes.size()));
 }
 
-inline LSTATUS Query(HKEY key, const std::string& name, std::string* data = nullptr) {
-  std::string area(70000, '\0');
-  auto size = static_cast<DWORD>(area.size());
-  auto* bytes = reinterpret_cast<BYTE*>(area.data());
-  LSTATUS answer = RegQueryValueExA(key, name.c_str(), nullptr, nullptr, bytes, &size);
-  if (data != nullptr) *data = area.substr(0, size);
-  return answer;
+inline LSTATUS Query(HKEY key, const std::string& name, char* area = nullptr, DWORD* size = nullptr) {
+  return RegQueryValueExA(key, name.c_str(), nullptr, nullptr, reinterpret_cast<BYTE*>(area), size);
 }
 
 // A value's bytes, or nothing where the query fails.
 inline std::optional<std::string> Get(HKEY key, const std::string& name) {
-  std::string data;
-  return Query(key, name, &data) == 0 ? std::optional(data) : std::nullopt;
+  std::string data(70000, '\0');
+  DWORD size = 70000;
+  return Query(key, name, data.data(), &size) == 0 ? std::optional(data.substr(0, size)) : std::nullopt;
 }
 
 // The two lists of a key, which are stepped through and changed alike.
@@ -102,11 +99,12 @@ inline LSTATUS Remove(List list, HKEY key, const std::string& name) {
   return list == kValues ? RegDeleteValueA(key, name.c_str()) : RegDeleteKeyA(key, name.c_str());
 }
 
-using Answers = std::vector<LSTATUS>;
+// Codes, or other numbers that calls answer with.
+using Answers = std::vector<std::int64_t>;
 
 inline std::string Text(const Answers& answers) {
   std::string text;
-  for (LSTATUS answer : answers) text += std::to_string(answer) + " ";
+  for (auto answer : answers) text += std::to_string(answer) + " ";
   return text;
 }
 
@@ -119,9 +117,11 @@ inline Answers AllCalls(HKEY key) {
           Remove(kValues, key, "v")};
 }
 
+inline bool CauseNamesTheFile() { return std::string(RegFileCause()).starts_with(RegFilePath()); }
+
 class RegistryKeyTest : public RegistryTest {
  protected:
-  Key key_ = Create(HKEY_LOCAL_MACHINE, kPath);
+  Key key_ = Create(kRoot, kPath);
 };
 
 // Runs in a thread of its own, so with a connection of its own that is closed at the end.
@@ -131,10 +131,7 @@ inline void OnAnotherThread(const std::function<void()>& body) { std::thread(bod
 class Pipe {
  public:
   Pipe() { EXPECT_EQ(::pipe(ends_), 0); }
-  ~Pipe() {
-    CloseWriting();
-    ::close(ends_[0]);
-  }
+  ~Pipe() { CloseWriting(), ::close(ends_[0]); }
   Pipe& operator=(Pipe&&) = delete;
 
   void CloseWriting() {
