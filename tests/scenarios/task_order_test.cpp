@@ -22,7 +22,7 @@ constexpr const char* kOrders = R"(
     tsk1=A  tsk3=B          | A B   | 2 4   | B:4     |  tsk0=A                  |     |            |
     tsk3=A  tsk2=C  tsk1=B  | B C A | 2 3 4 | B:4     |  tsk1=A  tsk0=B          | A   | 2          | B:2
     tsk2=A  tsk02=B         | B     | 3     | B:3     |  tsk2=A  tskX=B          | B   | 3          | B:3
-    tskX=A  tsk1=B          | B     | 2     | B:2     |  tsk1=A  tsk-2=B  tskX=C | A   | 2          | C:2
+    tskX=A  tsk2=B          | B     | 3     | B:3     |  tsk1=A  tsk-2=B  tskX=C | A   | 2          | C:2
     5=A                     | A     | 6     | A:6     |  tsk2=A  TSK3=B          | B   | 3          | B:3
     1tsk2=A                 | A     | 13    | A:13    |  tsktsk1=A               | A   | 2          | A:2
     tsk2=A  tstskk3=B       | B     | 3     | B:3     |  tsk 1=A                 | A   | 2          | A:2

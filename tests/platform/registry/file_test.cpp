@@ -13,6 +13,7 @@
 #include <iterator>
 #include <random>
 #include <set>
+#include <sstream>
 #include <tuple>
 
 #include "registry_helpers.h"
@@ -23,14 +24,10 @@ namespace {
 namespace fs = std::filesystem;
 
 std::string BytesOf(const fs::path& file) {
-  if (!fs::is_regular_file(file)) return "";
-  std::ifstream stream(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
+  return (std::ostringstream() << std::ifstream(file).rdbuf()).str();
 }
 
-void WriteBytes(const fs::path& file, std::string_view bytes) {
-  std::ofstream(file, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-}
+void WriteBytes(const fs::path& file, std::string_view bytes) { std::ofstream(file) << bytes; }
 
 class RegistryFile : public RegistryTest {
  protected:
@@ -58,10 +55,10 @@ TEST_F(RegistryFile, ReadsOfAMissingOrEmptyFileCreateNothing) {
   Key root = Open(kRoot, "", KEY_ALL_ACCESS);
   for (bool missing : {true, false}) {
     if (!missing) WriteBytes(file(), "");
-    Answers reads{Step(kSubkeys, root, 0), Step(kValues, HKEY_CLASSES_ROOT, 0), Query(kRoot, "v"),
-                  Open(root, kPath, KEY_ALL_ACCESS).answer, RegFileCheck()};
-    EXPECT_EQ(Text(reads), "259 259 2 2 0 ");
-    EXPECT_EQ(Text({Remove(kSubkeys, root, kPath), Remove(kValues, root, "v")}), "2 2 ");
+    Answers reads{Step(kSubkeys, root, 0), Step(kValues, HKEY_CLASSES_ROOT, 0),
+                  Query(kRoot, "v"),       Open(root, kPath).answer,
+                  RegFileCheck(),          Remove(kSubkeys, root, kPath)};
+    EXPECT_EQ(Text(reads), "259 259 2 2 0 2 ");
     EXPECT_EQ(RegFilePath(), file().string());
     EXPECT_EQ(std::distance(fs::directory_iterator(folder()), {}), missing ? 0 : 1);
     EXPECT_EQ(BytesOf(file()), "");
@@ -123,12 +120,13 @@ void Exercise(std::set<std::int64_t>& answers) {
   Key key = Open(kRoot, kPath);
   for (DWORD i = 0; i < 100 && Step(kSubkeys, key, i, &name) == 0; ++i) {
     Key child = Open(key, name, KEY_ALL_ACCESS);
+    Get(child, "v");
     answers.insert({child.answer, Query(child, "v"), Step(kValues, child, i % 4)});
     if (i % 20 != 3) continue;
     for (auto answer : AllCalls(child)) answers.insert(answer);
     answers.insert({RegDeleteKeyA(child, "new"), RegDeleteKeyA(child, ""), Step(kSubkeys, key, i)});
   }
-  answers.insert({key.answer, RegFileCheck(), Create(kRoot, "new").answer});
+  answers.insert({key.answer, Step(kSubkeys, key, 60), RegFileCheck(), Create(kRoot, "new").answer});
 }
 
 TEST_F(RegistryFile, DamageIsAnsweredWithCodes) {
@@ -198,10 +196,9 @@ class RegistryAccount : public RegistryFile {
 };
 
 TEST_F(RegistryAccount, MayDoWhatTheFileAndItsFolderAllow) {
-  const char *const kAll = "0 0 0 0 0 0 0 0 0 6 -", *kRead = "0 5 5 5 5 5 0 5 5 5 a",
-                    *kNothing = "5 5 5 5 5 5 5 5 5 6 -", *kMissing = "2 2 2 2 2 5 5 5 2 6 -";
+  const char *const kRead = "0 5 5 5 5 5 0 5 5 5 a", *kNothing = "5 5 5 5 5 5 5 5 5 6 -";
   const std::tuple<const char*, mode_t, mode_t, bool, const char*> cases[] = {
-      {"all allowed", 0666, 0777, false, kAll},
+      {"all allowed", 0666, 0777, false, "0 0 0 0 0 0 0 0 0 6 -"},
       {"may read, and create the log", 0644, 0777, false, kRead},
       {"may read only", 0644, 0755, false, kRead},
       {"may write the file but not create the log", 0666, 0755, false, kRead},
@@ -209,7 +206,7 @@ TEST_F(RegistryAccount, MayDoWhatTheFileAndItsFolderAllow) {
       {"may not enter the folder", 0666, 0700, false, kNothing},
       {"may create the log, beside a writer", 0644, 0777, true, kRead},
       {"may read only, beside a writer", 0644, 0755, true, kRead},
-      {"there is no file and none may be created", 0, 0755, false, kMissing},
+      {"there is no file and none may be created", 0, 0755, false, "2 2 2 2 2 5 5 5 2 6 -"},
   };
   for (auto [story, file_mode, folder_mode, writer_active, transcript] : cases) {
     ::chmod(folder().c_str(), 0755);
@@ -259,8 +256,7 @@ TEST_F(RegistryAccount, AReaderSeesEveryChangeWithAndWithoutRights) {
       for (char c = 'A'; c <= 'Z'; ++c) EXPECT_EQ((set(c), seen()), c);
     });
     EXPECT_EQ(seen(), 'Z');
-    EXPECT_EQ(Child([&] { return set('9'), std::to_string(::raise(SIGKILL)); }).Answer(),
-              " ended with status 9");
+    Child([&] { return set('9'), std::to_string(::raise(SIGKILL)); }).Answer();
     EXPECT_TRUE(fs::exists(Log()));
     EXPECT_EQ(seen(), '9');
     OnAnotherThread([&] { set('8'); });
@@ -273,7 +269,7 @@ TEST_F(RegistryAccount, RightsTakenAwayCountAtOnce) {
   ::chmod(folder().c_str(), 0777);
   Child child([&] {
     auto open_under = [&](mode_t mode, REGSAM access) {
-      ::seteuid(0), ::chmod(file().c_str(), mode), ::seteuid(65534);
+      if (::seteuid(0) != 0 || ::chmod(file().c_str(), mode) != 0 || ::seteuid(65534) != 0) ::_exit(1);
       return Open(kRoot, kPath, access).answer;
     };
     return Text({open_under(0666, KEY_WRITE), open_under(0644, KEY_WRITE), open_under(0644, KEY_READ)});
@@ -311,13 +307,12 @@ TEST_F(RegistryFile, AFullDiskIsReportedAndLosesNothing) {
   const std::tuple<const char*, std::size_t, const char*> cases[] = {
       {"", 0, "5"}, {"size=1m", 500000, "5"}, {"size=40k", 40960, "0"}, {"size=1m,nr_inodes=2", 40960, "0"}};
   for (auto [options, ballast, stored] : cases) {
-    const bool limited = ballast == 0;
     Child child([&]() -> std::string {
       // The mount is this child's own and goes with it.
-      if (!limited && (::unshare(CLONE_NEWNS) != 0 || ::mount("", "/", "", MS_REC | MS_PRIVATE, "") != 0 ||
-                       ::mount("tmpfs", disk.c_str(), "tmpfs", 0, options) != 0))
+      if (ballast > 0 && (::unshare(CLONE_NEWNS) != 0 || ::mount("", "/", "", MS_REC | MS_PRIVATE, "") != 0 ||
+                          ::mount("tmpfs", disk.c_str(), "tmpfs", 0, options) != 0))
         return "no mount";
-      rlimit limit{limited ? 300000 : RLIM_INFINITY, RLIM_INFINITY};
+      rlimit limit{ballast == 0 ? 300000 : RLIM_INFINITY, RLIM_INFINITY};
       ::signal(SIGXFSZ, SIG_IGN);
       WriteBytes(disk / "ballast", std::string(ballast, 'b'));
       ::setenv("MOXEL_REGISTRY", (disk / "registry.db").c_str(), 1);

@@ -43,10 +43,9 @@ inline Key Open(HKEY base, const std::string& path, REGSAM access = KEY_READ) {
   return {answer, handle};
 }
 
-inline Key Create(HKEY base, const std::string& path, REGSAM access = KEY_ALL_ACCESS,
-                  DWORD* disposition = nullptr) {
+inline Key Create(HKEY base, const std::string& path, REGSAM access = KEY_ALL_ACCESS, DWORD* made = nullptr) {
   HKEY handle = 77;
-  LSTATUS answer = RegCreateKeyExA(base, path.c_str(), 0, nullptr, 0, access, nullptr, &handle, disposition);
+  LSTATUS answer = RegCreateKeyExA(base, path.c_str(), 0, nullptr, 0, access, nullptr, &handle, made);
   return {answer, handle};
 }
 
@@ -134,9 +133,7 @@ class Pipe {
   ~Pipe() { CloseWriting(), ::close(ends_[0]); }
   Pipe& operator=(Pipe&&) = delete;
 
-  void CloseWriting() {
-    if (ends_[1] >= 0) ::close(std::exchange(ends_[1], -1));
-  }
+  void CloseWriting() { ::close(std::exchange(ends_[1], -1)); }
   void Write(std::string_view text) {
     EXPECT_EQ(::write(ends_[1], text.data(), text.size()), std::ssize(text));
   }
@@ -159,10 +156,7 @@ class Pipe {
 class Child {
  public:
   explicit Child(const std::function<std::string()>& body) : pid_(::fork()) {
-    if (pid_ == 0) {
-      answer_.Write(body());
-      ::_exit(0);
-    }
+    if (pid_ == 0) answer_.Write(body()), ::_exit(0);
     answer_.CloseWriting();
   }
   ~Child() {
