@@ -11,8 +11,8 @@
 #include "moxel/variant.h"
 #include "registry/ansi.h"
 #include "tests/platform/locale/scoped_locale.h"
-#include "tests/support/registry_access.h"
 #include "tests/support/product_test.h"
+#include "tests/support/registry_access.h"
 
 namespace moxel::test {
 

@@ -13,9 +13,9 @@
 
 #include "moxel/identifiers.h"
 #include "moxel/variant.h"
-#include "tests/support/registry_access.h"
 #include "tests/support/product_test.h"
 #include "tests/support/raised_error.h"
+#include "tests/support/registry_access.h"
 
 namespace moxel::test {
 
