@@ -196,9 +196,10 @@ void Scenario::LoadTasks(moxel::Traitements& tasks) const {
 // carries the highest.
 void Scenario::LoadTaskOrder(moxel::Traitements* tasks) {
   const TaskOrder order = ReadTaskOrder(schema::Path(Path(), schema::kOrdre));
-  for (const auto& [position, name] : order.names) {
+  for (const auto& entry : order.names) {
+    const std::u16string& name = entry.second;
     if (name.empty()) continue;
-    const Variant mark = static_cast<double>(position) + 1;
+    const Variant mark = static_cast<double>(entry.first) + 1;
     Attempt([&] { order_->Add(name, Variant(mark.ToI4()).ToText()); });
     if (tasks) Attempt([&] { tasks->Item(order.last_data)->SetSelected(mark.ToI2()); });
   }
