@@ -307,7 +307,7 @@ TEST_F(RegistryFile, AFullDiskIsReportedAndLosesNothing) {
   const std::tuple<const char*, std::size_t, const char*> cases[] = {
       {"", 0, "5"}, {"size=1m", 500000, "5"}, {"size=40k", 40960, "0"}, {"size=1m,nr_inodes=2", 40960, "0"}};
   for (auto [options, ballast, stored] : cases) {
-    Child child([&]() -> std::string {
+    Child child([&, options = options, ballast = ballast]() -> std::string {
       // The mount is this child's own and goes with it.
       if (ballast > 0 && (::unshare(CLONE_NEWNS) != 0 || ::mount("", "/", "", MS_REC | MS_PRIVATE, "") != 0 ||
                           ::mount("tmpfs", disk.c_str(), "tmpfs", 0, options) != 0))
