@@ -75,5 +75,11 @@ template <>
 inline constexpr IID interface_id<ICreateErrorInfo> = IID_ICreateErrorInfo;
 template <>
 inline constexpr IID interface_id<ISupportErrorInfo> = IID_ISupportErrorInfo;
+template <>
+inline constexpr IID interface_id<ITypeInfo> = IID_ITypeInfo;
+template <>
+inline constexpr IID interface_id<ITypeLib> = IID_ITypeLib;
+template <>
+inline constexpr IID interface_id<ITypeComp> = IID_ITypeComp;
 
 }  // namespace moxel

@@ -9,5 +9,6 @@
 #include "moxel/platform/automation.h"
 #include "moxel/platform/locale.h"
 #include "moxel/platform/registry.h"
+#include "moxel/platform/type_info.h"
 #include "moxel/platform/types.h"
 #endif

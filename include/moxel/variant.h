@@ -11,6 +11,7 @@
 #include "moxel/bstr.h"
 #include "moxel/object_ptr.h"
 #include "moxel/platform.h"
+#include "moxel/text.h"
 
 namespace moxel {
 
@@ -65,6 +66,18 @@ class Variant : public VARIANT {
     Check(VariantCopyInd(&copy, &bare));
     return copy;
   }
+  // Takes over a bare variant, or a bare value, with what it holds.
+  static Variant Adopt(const VARIANT& bare) {
+    Variant adopted;
+    static_cast<VARIANT&>(adopted) = bare;
+    return adopted;
+  }
+  template <class T>
+  static Variant Adopt(VARENUM tag, T VARIANT::*member, T value) {
+    Variant adopted(tag);
+    adopted.*member = value;
+    return adopted;
+  }
   // A bare variant seen as a value, for as long as it lives.
   static const Variant& View(const VARIANT& bare) { return reinterpret_cast<const Variant&>(bare); }
 
@@ -91,6 +104,7 @@ class Variant : public VARIANT {
   std::u16string ToText() const {
     return is_text() ? std::u16string(text()) : std::u16string(As(VT_BSTR).text());
   }
+  std::string ToUtf8() const { return moxel::ToUtf8(ToText()); }
   std::int16_t ToI2() const { return vt == VT_I2 ? iVal : As(VT_I2).iVal; }
   std::int32_t ToI4() const { return vt == VT_I4 ? lVal : As(VT_I4).lVal; }
   double ToR8() const { return vt == VT_R8 ? dblVal : As(VT_R8).dblVal; }

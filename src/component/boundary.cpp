@@ -1,5 +1,6 @@
 #include "component/boundary.h"
 
+#include <cstring>
 #include <limits>
 #include <string>
 
@@ -56,12 +57,49 @@ Variant ToKnown(const Variant& value) {
   }
 }
 
+// The bytes of a variable that is passed by reference.
+std::size_t SizeOf(VARTYPE tag) {
+  switch (tag) {
+    case VT_I1:
+    case VT_UI1: return 1;
+    case VT_I2:
+    case VT_UI2:
+    case VT_BOOL: return 2;
+    case VT_I4:
+    case VT_UI4:
+    case VT_INT:
+    case VT_UINT:
+    case VT_R4:
+    case VT_ERROR: return 4;
+    default: return 8;
+  }
+}
+
 }  // namespace
 
 Incoming::Incoming(const VARIANT& bare) : bare_(&bare) {
   if (IsKnown(bare.vt)) return;
   converted_ = Variant::CopyOf(bare);
   if (!IsKnown(converted_->vt)) converted_ = ToKnown(*converted_);
+}
+
+void WriteBack(const VARIANT& argument, Variant value) {
+  if (!(argument.vt & VT_BYREF) || !argument.byref) return;
+  const auto tag = static_cast<VARTYPE>(argument.vt & ~VT_BYREF);
+  if (tag == VT_VARIANT) {
+    if (argument.pvarVal->vt & VT_BYREF) return WriteBack(*argument.pvarVal, std::move(value));
+    static_cast<Variant&>(*argument.pvarVal) = std::move(value);
+    return;
+  }
+  HRESULT converted = VariantChangeType(&value, &value, VARIANT_ALPHABOOL, tag);
+  if (converted == DISP_E_OVERFLOW) throw AutomationError::Overflow();
+  if (FAILED(converted) || tag == VT_DECIMAL) throw AutomationError::TypeMismatch();
+  // The variable has no tag of its own: its old content is freed as a variant of its type.
+  Variant old;
+  std::memcpy(&old.llVal, argument.byref, SizeOf(tag));
+  std::memcpy(argument.byref, &value.llVal, SizeOf(tag));
+  old.vt = tag;
+  value.Detach();
 }
 
 HRESULT WireNumber(std::int32_t number) {

@@ -31,6 +31,10 @@ class Incoming {
   std::optional<Variant> converted_;
 };
 
+// Puts a value into the variable that a client passed by reference, converted to the variable's type; an
+// argument by value has none. Errors 6 and 13 when it does not convert.
+void WriteBack(const VARIANT& argument, Variant value);
+
 // The number of an error on the wire: runtime errors get their facility. E_FAIL for a number that would read
 // as a success.
 HRESULT WireNumber(std::int32_t number);

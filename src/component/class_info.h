@@ -11,10 +11,15 @@
 
 namespace moxel::component {
 
+struct ValueType {
+  VARTYPE tag = VT_EMPTY;             // VT_EMPTY: no value
+  const IID* interface_id = nullptr;  // of an object of the component, whose tag is VT_DISPATCH
+};
+
 struct Parameter {
   std::u16string_view name;
   bool optional = false;
-  VARTYPE type = VT_EMPTY;
+  ValueType type = {};
   bool by_reference = false;
 };
 
@@ -36,7 +41,7 @@ struct Member {
   std::u16string_view name;
   DISPID id;
   std::vector<Parameter> parameters;
-  VARTYPE result;  // VT_EMPTY: none
+  ValueType result;
   Thunk call;
   std::u16string_view help;
   bool hidden = false;
@@ -45,7 +50,7 @@ struct Member {
 struct ClassInfo {
   std::u16string_view name;
   std::u16string_view interface_name;
-  const CLSID* clsid;  // null for an object that is no class of the type library
+  const CLSID* clsid;  // null for the plain collection, which is an interface without a class
   const IID* iid;
   std::u16string_view help;
   std::vector<Member> members;

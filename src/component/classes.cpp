@@ -13,11 +13,12 @@ std::span<const CreatableClass> CreatableClasses() {
   return classes;
 }
 
-std::span<const ClassInfo& (*const)()> AllClasses() {
-  static constexpr const ClassInfo& (*kClasses[])() = {
-      RootInfo,        RootVarInfo,    DomainesInfo,     DomaineInfo, ScenariosInfo, ScenarioInfo,
-      TraitementsInfo, TraitementInfo, UtilisateursInfo, UserInfo,    VariablesInfo, VariableInfo};
-  return kClasses;
+std::span<const ClassInfo& (*const)()> AllInterfaces() {
+  static constexpr const ClassInfo& (*kInterfaces[])() = {
+      RootInfo,      RootVarInfo,     DomainesInfo,   DomaineInfo,      ScenariosInfo,
+      ScenarioInfo,  TraitementsInfo, TraitementInfo, UtilisateursInfo, UserInfo,
+      VariablesInfo, VariableInfo,    CollectionInfo};
+  return kInterfaces;
 }
 
 }  // namespace moxel::component

@@ -20,6 +20,7 @@ const ClassInfo& VariableInfo();
 const ClassInfo& VariablesInfo();
 const ClassInfo& UserInfo();
 const ClassInfo& UtilisateursInfo();
+const ClassInfo& CollectionInfo();
 
 // A class that clients can create.
 struct CreatableClass {
@@ -30,7 +31,7 @@ struct CreatableClass {
 
 std::span<const CreatableClass> CreatableClasses();
 
-// Every class of the type library.
-std::span<const ClassInfo& (*const)()> AllClasses();
+// Every interface of the type library, with the class that has it.
+std::span<const ClassInfo& (*const)()> AllInterfaces();
 
 }  // namespace moxel::component

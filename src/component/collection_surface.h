@@ -25,15 +25,17 @@ class CollectionSurface : public Surface<Logic, Interface, Info> {
 // The mechanical members whose description is the same in every collection.
 template <class Interface>
 Member ItemMember() {
-  return Get<&Interface::get_Item>(u"Item", DISPID_VALUE, {{u"vntIndexKey"}});
+  return Get<&Interface::get_Item>(u"Item", DISPID_VALUE, {{u"vntIndexKey"}},
+                                   {u"The element at a position, counted from 1, or under a key."});
 }
 template <class Interface>
 Member CountMember() {
-  return Get<&Interface::get_Count>(u"Count", 0x68030000);
+  return Get<&Interface::get_Count>(u"Count", 0x68030000, {}, {u"Number of elements."});
 }
 template <class Interface>
 Member NewEnumMember() {
-  return Get<&Interface::get_NewEnum>(u"NewEnum", DISPID_NEWENUM, {}, {.hidden = true});
+  return Get<&Interface::get_NewEnum>(u"NewEnum", DISPID_NEWENUM, {},
+                                      {u"Enumerator over the elements.", true});
 }
 
 }  // namespace moxel::component

@@ -8,15 +8,6 @@
 namespace moxel::component {
 namespace {
 
-// The published names are ASCII.
-bool SameName(std::u16string_view a, std::u16string_view b) {
-  auto lower = [](char16_t unit) {
-    return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + 32) : unit;
-  };
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [&](char16_t x, char16_t y) { return lower(x) == lower(y); });
-}
-
 const Member* FindMember(const ClassInfo& info, DISPID id, MemberKind kind) {
   for (const Member& member : info.members)
     if (member.id == id && member.kind == kind) return &member;
@@ -93,7 +84,7 @@ class ArgumentList {
       }
       const VARIANT* value = &given_.rgvarg[places_[place]];
       bool marked_missing = value->vt == VT_ERROR && value->scode == DISP_E_PARAMNOTFOUND;
-      if (marked_missing && parameter.type != VT_VARIANT) {
+      if (marked_missing && parameter.type.tag != VT_VARIANT) {
         bad_argument = places_[place];
         return DISP_E_PARAMNOTOPTIONAL;
       }
@@ -154,6 +145,14 @@ HRESULT CallDefaultMember(const Member& getter, IDispatch* object, DISPPARAMS& p
 
 }  // namespace
 
+bool SameName(std::u16string_view a, std::u16string_view b) {
+  auto lower = [](char16_t unit) {
+    return unit >= u'A' && unit <= u'Z' ? static_cast<char16_t>(unit + 32) : unit;
+  };
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [&](char16_t x, char16_t y) { return lower(x) == lower(y); });
+}
+
 HRESULT FindIds(const ClassInfo& info, REFIID reserved, LPOLESTR* names, UINT count, DISPID* ids) {
   if (!(reserved == GUID_NULL)) return DISP_E_UNKNOWNINTERFACE;
   if (count == 0) return S_OK;
@@ -188,7 +187,7 @@ HRESULT Invoke(const ClassInfo& info, IDispatch* object, DISPID id, REFIID reser
   UINT bad_index = 0;
   Variant answer;
   bool for_default_member = member->kind == MemberKind::kGet && member->parameters.empty() &&
-                            parameters->cArgs > 0 && member->result == VT_DISPATCH;
+                            parameters->cArgs > 0 && member->result.tag == VT_DISPATCH;
   try {
     HRESULT status = for_default_member
                          ? CallDefaultMember(*member, object, *parameters, &answer, exception, bad_index)

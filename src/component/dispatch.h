@@ -5,6 +5,9 @@
 
 namespace moxel::component {
 
+// Letter case aside; the published names are ASCII.
+bool SameName(std::u16string_view a, std::u16string_view b);
+
 // The ids of a member and of its parameters, letter case ignored. DISP_E_UNKNOWNNAME, with DISPID_UNKNOWN for
 // each unknown name.
 HRESULT FindIds(const ClassInfo& info, REFIID reserved, LPOLESTR* names, UINT count, DISPID* ids);

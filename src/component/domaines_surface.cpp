@@ -13,14 +13,20 @@ const ClassInfo& DomainesInfo() {
       u"_Domaines",
       &CLSID_Domaines,
       &IID__Domaines,
-      u"",
+      u"All domains, in the order of their names.",
       {
-          Method<&I::raw_Add>(u"Add", 0x60030001, {{u"wDomaine"}}),
-          Function<&I::raw_DeleteDomain>(u"DeleteDomain", 0x60030002, {{u"wDomaine"}, {u"wForce"}}),
-          Function<&I::raw_NewDomain>(u"NewDomain", 0x60030003, {{u"wDom"}, {u"wComment"}}),
+          Method<&I::raw_Add>(u"Add", 0x60030001, {{u"wDomaine"}},
+                              {u"Appends a domain in memory, under its key."}),
+          Function<&I::raw_DeleteDomain>(
+              u"DeleteDomain", 0x60030002, {{u"wDomaine"}, {u"wForce"}},
+              {u"Deletes a domain from the configuration; with wForce also its variables and scenarios, "
+               u"without which it must be empty. The collection in memory stays as it is."}),
+          Function<&I::raw_NewDomain>(u"NewDomain", 0x60030003, {{u"wDom"}, {u"wComment"}},
+                                      {u"Creates a domain with a comment, in the configuration and here."}),
           ItemMember<I>(),
           CountMember<I>(),
-          Method<&I::raw_Remove>(u"Remove", 0x60030004, {{u"vntIndexKey"}}),
+          Method<&I::raw_Remove>(u"Remove", 0x60030004, {{u"vntIndexKey"}},
+                                 {u"Removes a domain from memory only."}),
           NewEnumMember<I>(),
       },
   };

@@ -22,93 +22,82 @@ struct Traits {
 
 namespace detail {
 
+// What a slot's type is on the wire: its description, its making from a variant and the variant that takes it
+// over with all that it holds.
 template <class T>
-struct TypeOf;
-template <>
-struct TypeOf<SHORT> {
-  static constexpr VARTYPE value = VT_I2;
-};
-template <>
-struct TypeOf<LONG> {
-  static constexpr VARTYPE value = VT_I4;
-};
-template <>
-struct TypeOf<BSTR> {
-  static constexpr VARTYPE value = VT_BSTR;
-};
-template <>
-struct TypeOf<VARIANT> {
-  static constexpr VARTYPE value = VT_VARIANT;
-};
-template <>
-struct TypeOf<IUnknown*> {
-  static constexpr VARTYPE value = VT_UNKNOWN;
-};
-template <std::derived_from<IDispatch> Interface>
-struct TypeOf<Interface*> {
-  static constexpr VARTYPE value = VT_DISPATCH;
-};
-
-// An argument coerced to the type of a slot's parameter; by reference: a pointer to the coerced copy.
-template <class T>
-class Argument;
+struct Wire;
 
 template <>
-class Argument<SHORT> {
- public:
-  explicit Argument(const Variant& value) : value_(value.ToI2()) {}
-  SHORT& get() { return value_; }
-
- private:
-  SHORT value_;
+struct Wire<SHORT> {
+  static constexpr ValueType kType{VT_I2};
+  static SHORT From(const Variant& value) { return value.ToI2(); }
+  static Variant Take(SHORT value) { return value; }
 };
 
 template <>
-class Argument<LONG> {
- public:
-  explicit Argument(const Variant& value) : value_(value.ToI4()) {}
-  LONG& get() { return value_; }
-
- private:
-  LONG value_;
+struct Wire<LONG> {
+  static constexpr ValueType kType{VT_I4};
+  static LONG From(const Variant& value) { return value.ToI4(); }
+  static Variant Take(LONG value) { return value; }
 };
 
 template <>
-class Argument<BSTR> {
- public:
-  explicit Argument(const Variant& value) : owned_(value.ToText()), value_(owned_.get()) {}
-  BSTR& get() { return value_; }
-
- private:
-  Bstr owned_;
-  BSTR value_;
+struct Wire<BSTR> {
+  static constexpr ValueType kType{VT_BSTR};
+  static BSTR From(const Variant& value) { return Bstr(value.ToText()).Detach(); }
+  static Variant Take(BSTR value) { return Variant::Adopt(VT_BSTR, &VARIANT::bstrVal, value); }
 };
 
 template <>
-class Argument<VARIANT> {
- public:
-  explicit Argument(const Variant& value) : value_(value) {}
-  VARIANT& get() { return value_; }
+struct Wire<VARIANT> {
+  static constexpr ValueType kType{VT_VARIANT};
+  static VARIANT From(const Variant& value) { return Variant(value).Detach(); }
+  static Variant Take(VARIANT value) { return Variant::Adopt(value); }
+};
 
- private:
-  Variant value_;
+template <>
+struct Wire<IUnknown*> {
+  static constexpr ValueType kType{VT_UNKNOWN};
+  static Variant Take(IUnknown* value) { return Variant::Adopt(VT_UNKNOWN, &VARIANT::punkVal, value); }
 };
 
 template <std::derived_from<IDispatch> Interface>
-class Argument<Interface*> {
- public:
-  explicit Argument(const Variant& value) {
+struct Wire<Interface*> {
+  static constexpr ValueType kType = [] {
+    ValueType type{VT_DISPATCH};
+    if constexpr (!std::same_as<Interface, IDispatch>) type.interface_id = &Interface::iid;
+    return type;
+  }();
+  static Interface* From(const Variant& value) {
     if (value.vt != VT_DISPATCH) throw AutomationError::TypeMismatch();
-    if (!value.pdispVal) return;
-    owned_ = ObjectPtr<Interface>::Query(value.pdispVal);
-    if (!owned_) throw AutomationError::TypeMismatch();
-    value_ = owned_.get();
+    auto object = ObjectPtr<Interface>::Query(value.pdispVal);
+    if (value.pdispVal && !object) throw AutomationError::TypeMismatch();
+    return object.Detach();
   }
-  Interface*& get() { return value_; }
+  static Variant Take(IDispatch* value) { return Variant::Adopt(VT_DISPATCH, &VARIANT::pdispVal, value); }
+};
+
+// An argument coerced to the type of a slot's parameter, as the slot's callee may change it.
+template <class T>
+class Argument {
+ public:
+  explicit Argument(const Variant& given) : value_(Wire<T>::From(given)), passed_(value_) {}
+  Argument(Argument&& other) noexcept : value_(std::exchange(other.value_, T{})), passed_(other.passed_) {}
+  Argument& operator=(Argument&&) = delete;
+  ~Argument() { Take(); }
+
+  T& get() { return value_; }
+  bool IsChanged() const {
+    if constexpr (std::same_as<T, VARIANT>)
+      return value_.vt != passed_.vt || value_.llVal != passed_.llVal;
+    else
+      return value_ != passed_;
+  }
+  Variant Take() { return Wire<T>::Take(std::exchange(value_, T{})); }
 
  private:
-  ObjectPtr<Interface> owned_;
-  Interface* value_ = nullptr;
+  T value_;
+  const T passed_;  // to compare with; what it held may be gone
 };
 
 // A slot's parameter type apart into what it is and whether it is by reference. Interface pointers are
@@ -140,23 +129,6 @@ T Pass(Argument<typename Passing<T>::Type>& argument) {
     return &argument.get();
   else
     return argument.get();
-}
-
-// Wraps a slot's result, which the slot handed over, into a variant.
-inline void Wrap(SHORT value, VARIANT* result) { *result = Variant(value).Detach(); }
-inline void Wrap(LONG value, VARIANT* result) { *result = Variant(value).Detach(); }
-inline void Wrap(VARIANT value, VARIANT* result) { *result = value; }
-inline void Wrap(BSTR value, VARIANT* result) {
-  result->vt = VT_BSTR;
-  result->bstrVal = value;
-}
-inline void Wrap(IDispatch* value, VARIANT* result) {
-  result->vt = VT_DISPATCH;
-  result->pdispVal = value;
-}
-inline void Wrap(IUnknown* value, VARIANT* result) {
-  result->vt = VT_UNKNOWN;
-  result->punkVal = value;
 }
 
 template <class Slot>
@@ -192,24 +164,36 @@ struct Caller {
   }
 
   template <std::size_t... kAt>
-  static HRESULT Call(std::index_sequence<kAt...>, [[maybe_unused]] IDispatch* object,
+  static HRESULT Call(std::index_sequence<kAt...>, IDispatch* object,
                       [[maybe_unused]] std::span<const VARIANT* const> arguments,
                       [[maybe_unused]] VARIANT* result, [[maybe_unused]] std::size_t& bad_argument) {
     std::tuple<Holder<kAt>...> holders{Coerce<kAt>(*arguments[kAt], bad_argument)...};
     auto* target = static_cast<Object*>(object);
+    HRESULT status = S_OK;
     if constexpr (kHasResult) {
       std::remove_pointer_t<At<kCount>> answer{};
-      HRESULT status = (target->*Slot)(Pass<At<kAt>>(std::get<kAt>(holders))..., &answer);
-      if (SUCCEEDED(status)) Wrap(answer, result);
-      return status;
+      status = (target->*Slot)(Pass<At<kAt>>(std::get<kAt>(holders))..., &answer);
+      if (SUCCEEDED(status)) *result = Wire<decltype(answer)>::Take(answer).Detach();
     } else {
-      return (target->*Slot)(Pass<At<kAt>>(std::get<kAt>(holders))...);
+      status = (target->*Slot)(Pass<At<kAt>>(std::get<kAt>(holders))...);
+    }
+    if (SUCCEEDED(status)) (GiveBack<kAt>(std::get<kAt>(holders), *arguments[kAt], bad_argument), ...);
+    return status;
+  }
+
+  // What the slot made of an argument by reference goes to the client's own variable, where it passed one.
+  template <std::size_t kAt>
+  static void GiveBack(Holder<kAt>& holder, const VARIANT& argument, std::size_t& bad_argument) {
+    if constexpr (Passing<At<kAt>>::kByReference) {
+      if (!holder.IsChanged()) return;
+      bad_argument = kAt;
+      WriteBack(argument, holder.Take());
     }
   }
 
   template <std::size_t kAt>
   static void Complete(std::vector<Parameter>& parameters) {
-    parameters[kAt].type = TypeOf<typename Passing<At<kAt>>::Type>::value;
+    parameters[kAt].type = Wire<typename Passing<At<kAt>>::Type>::kType;
     parameters[kAt].by_reference = Passing<At<kAt>>::kByReference;
   }
 
@@ -218,8 +202,8 @@ struct Caller {
     parameters.resize(kCount);
     [&]<std::size_t... kAt>(std::index_sequence<kAt...>) { (Complete<kAt>(parameters), ...); }
     (std::make_index_sequence<kCount>());
-    VARTYPE result = VT_EMPTY;
-    if constexpr (kHasResult) result = TypeOf<std::remove_pointer_t<At<kCount>>>::value;
+    ValueType result;
+    if constexpr (kHasResult) result = Wire<std::remove_pointer_t<At<kCount>>>::kType;
     return {kind, name, id, std::move(parameters), result, &Caller::Call, traits.help, traits.hidden};
   }
 };

@@ -5,14 +5,13 @@
 #include <vector>
 
 #include "component/classes.h"
+#include "component/library.h"
 #include "moxel/identifiers.h"
 #include "registry/ansi.h"
 
 namespace moxel::component {
 namespace {
 
-constexpr std::string_view kVersion = "1.4";
-constexpr std::string_view kLibraryTitle = "MOXEL Components";
 // The platform's marshaler of dual interfaces.
 constexpr std::string_view kDualMarshaler = "{00020424-0000-0000-C000-000000000046}";
 
@@ -21,6 +20,8 @@ struct Entry {
   std::string name;
   std::string value;
 };
+
+std::string Version() { return std::to_string(kMajorVersion) + "." + std::to_string(kMinorVersion); }
 
 std::string GuidText(const GUID& guid) {
   OLECHAR text[39];
@@ -51,7 +52,7 @@ void AddClass(std::vector<Entry>& entries, const CreatableClass& creatable, cons
                                     {class_key + "\\ProgID", "", prog_id},
                                     {class_key + "\\Programmable", "", ""},
                                     {class_key + "\\TypeLib", "", GuidText(kLibraryId)},
-                                    {class_key + "\\VERSION", "", std::string(kVersion)},
+                                    {class_key + "\\VERSION", "", Version()},
                                 });
 }
 
@@ -61,20 +62,20 @@ void AddInterface(std::vector<Entry>& entries, const ClassInfo& info) {
                                     {key, "", ToAnsi(info.interface_name)},
                                     {key + "\\ProxyStubClsid32", "", std::string(kDualMarshaler)},
                                     {key + "\\TypeLib", "", GuidText(kLibraryId)},
-                                    {key + "\\TypeLib", "Version", std::string(kVersion)},
+                                    {key + "\\TypeLib", "Version", Version()},
                                 });
 }
 
 std::vector<Entry> Entries() {
   const std::string path = ModulePath();
-  const std::string library_key = "TypeLib\\" + GuidText(kLibraryId) + "\\" + std::string(kVersion);
+  const std::string library_key = "TypeLib\\" + GuidText(kLibraryId) + "\\" + Version();
   std::vector<Entry> entries = {
-      {library_key, "", std::string(kLibraryTitle)},
+      {library_key, "", ToAnsi(kLibraryTitle)},
       {library_key + "\\0\\win64", "", path},
       {library_key + "\\FLAGS", "", "0"},
   };
   for (const CreatableClass& creatable : CreatableClasses()) AddClass(entries, creatable, path);
-  for (auto info : AllClasses()) AddInterface(entries, info());
+  for (auto info : AllInterfaces()) AddInterface(entries, info());
   return entries;
 }
 
@@ -85,7 +86,7 @@ std::vector<std::string> OwnKeys() {
     keys.emplace_back(creatable.prog_id);
     keys.push_back("CLSID\\" + GuidText(*creatable.info().clsid));
   }
-  for (auto info : AllClasses()) keys.push_back("Interface\\" + GuidText(*info().iid));
+  for (auto info : AllInterfaces()) keys.push_back("Interface\\" + GuidText(*info().iid));
   return keys;
 }
 

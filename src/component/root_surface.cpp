@@ -14,13 +14,18 @@ const ClassInfo& RootInfo() {
       u"_Root",
       &CLSID_Root,
       &IID__Root,
-      u"",
+      u"The entry to all users, all domains and the scenarios of no domain, each loaded at its first "
+      u"reading.",
       {
-          Get<&I::get_Utilisateurs>(u"Utilisateurs", 0x68030002),
+          Get<&I::get_Utilisateurs>(u"Utilisateurs", 0x68030002, {},
+                                    {u"All users. Put no object to load them afresh at the next reading."}),
           PutRef<&I::putref_Utilisateurs>(u"Utilisateurs", 0x68030002),
-          Get<&I::get_Scenarios>(u"Scenarios", 0x68030001),
+          Get<&I::get_Scenarios>(
+              u"Scenarios", 0x68030001, {},
+              {u"The scenarios that belong to no domain. Put no object to load them afresh."}),
           PutRef<&I::putref_Scenarios>(u"Scenarios", 0x68030001),
-          Get<&I::get_Domaines>(u"Domaines", 0x68030000),
+          Get<&I::get_Domaines>(u"Domaines", 0x68030000, {},
+                                {u"All domains. Put no object to load them afresh."}),
           PutRef<&I::putref_Domaines>(u"Domaines", 0x68030000),
       },
   };

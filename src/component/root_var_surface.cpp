@@ -12,10 +12,12 @@ const ClassInfo& RootVarInfo() {
       u"_RootVar",
       &CLSID_RootVar,
       &IID__RootVar,
-      u"",
+      u"Finds one variable without loading anything else.",
       {
-          Function<&_RootVar::raw_RecupVariable>(u"RecupVariable", 0x60030000,
-                                                 {{u"wDom"}, {u"wScen"}, {u"wVar"}}),
+          Function<&_RootVar::raw_RecupVariable>(
+              u"RecupVariable", 0x60030000, {{u"wDom"}, {u"wScen"}, {u"wVar"}},
+              {u"The variable wVar of the domain wDom or, when that is empty, of the scenario wScen; no "
+               u"object when there is none."}),
       },
   };
   return info;

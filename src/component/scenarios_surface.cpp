@@ -13,13 +13,17 @@ const ClassInfo& ScenariosInfo() {
       u"_Scenarios",
       &CLSID_Scenarios,
       &IID__Scenarios,
-      u"",
+      u"Scenarios of the product or of one domain.",
       {
-          Function<&I::raw_DeleteScenario>(u"DeleteScenario", 0x60030001, {{u"wScenario"}, {u"wForce"}}),
-          Method<&I::raw_Add>(u"Add", 0x60030002, {{u"wScen"}}, {.hidden = true}),
+          Function<&I::raw_DeleteScenario>(u"DeleteScenario", 0x60030001, {{u"wScenario"}, {u"wForce"}},
+                                           {u"Deletes a scenario from the configuration; without wForce it "
+                                            u"must have no variables and no tasks."}),
+          Method<&I::raw_Add>(u"Add", 0x60030002, {{u"wScen"}},
+                              {u"Appends a scenario in memory, under its key.", true}),
           ItemMember<I>(),
           CountMember<I>(),
-          Method<&I::raw_Remove>(u"Remove", 0x60030003, {{u"vntIndexKey"}}, {.hidden = true}),
+          Method<&I::raw_Remove>(u"Remove", 0x60030003, {{u"vntIndexKey"}},
+                                 {u"Removes a scenario from memory only.", true}),
           NewEnumMember<I>(),
       },
   };

@@ -11,6 +11,7 @@
 #include "component/class_info.h"
 #include "component/dispatch.h"
 #include "component/module.h"
+#include "component/type_library.h"
 #include "moxel/interfaces.h"
 #include "platform/automation/own_object.h"
 
@@ -126,14 +127,15 @@ class Surface : public Logic, public ISupportErrorInfo {
 
   HRESULT GetTypeInfoCount(UINT* pctinfo) final {
     if (!pctinfo) return E_POINTER;
-    *pctinfo = 0;
+    *pctinfo = 1;
     return S_OK;
   }
 
-  HRESULT GetTypeInfo(UINT, LCID, ITypeInfo** ppTInfo) final {
+  HRESULT GetTypeInfo(UINT iTInfo, LCID, ITypeInfo** ppTInfo) final {
     if (!ppTInfo) return E_POINTER;
     *ppTInfo = nullptr;
-    return DISP_E_BADINDEX;
+    if (iTInfo != 0) return DISP_E_BADINDEX;
+    return Answer(interface_id<Interface>, [&] { *ppTInfo = TypeInfoOf(Info()); });
   }
 
   HRESULT GetIDsOfNames(REFIID riid, LPOLESTR* rgszNames, UINT cNames, LCID, DISPID* rgDispId) final {
@@ -147,7 +149,7 @@ class Surface : public Logic, public ISupportErrorInfo {
   }
 
   HRESULT InterfaceSupportsErrorInfo(REFIID riid) final {
-    return riid == interface_id<Interface> ? S_OK : S_FALSE;
+    return riid == interface_id<Interface> || riid == IID_IDispatch ? S_OK : S_FALSE;
   }
 
  protected:

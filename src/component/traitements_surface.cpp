@@ -13,14 +13,17 @@ const ClassInfo& TraitementsInfo() {
       u"_Traitements",
       &CLSID_Traitements,
       &IID__Traitements,
-      u"",
+      u"The tasks of one scenario.",
       {
-          Method<&I::raw_Add>(u"Add", 0x60030001, {{u"wTraitement"}}, {.hidden = true}),
+          Method<&I::raw_Add>(u"Add", 0x60030001, {{u"wTraitement"}},
+                              {u"Appends a task in memory, under its key.", true}),
           ItemMember<I>(),
-          Function<&I::raw_DeleteTraitement>(u"DeleteTraitement", 0x60030002,
-                                             {{u"wTraitement"}, {u"wScenarioName"}}),
+          Function<&I::raw_DeleteTraitement>(
+              u"DeleteTraitement", 0x60030002, {{u"wTraitement"}, {u"wScenarioName"}},
+              {u"Deletes a task of the scenario wScenarioName from the configuration and from here."}),
           CountMember<I>(),
-          Method<&I::raw_Remove>(u"Remove", 0x60030003, {{u"vntIndexKey"}}, {.hidden = true}),
+          Method<&I::raw_Remove>(u"Remove", 0x60030003, {{u"vntIndexKey"}},
+                                 {u"Removes a task from memory only.", true}),
           NewEnumMember<I>(),
       },
   };

@@ -16,7 +16,7 @@ const ClassInfo& UserInfo() {
       u"_User",
       &CLSID_User,
       &IID__User,
-      u"",
+      u"An account with a permission and a scrambled password.",
       {
           Get<&I::get_key>(u"key", 0x40030000, {}, kKey),
           Put<&I::put_key>(u"key", 0x40030000, {}, kKey),

@@ -13,22 +13,30 @@ const ClassInfo& VariableInfo() {
       u"_Variable",
       &CLSID_Variable,
       &IID__Variable,
-      u"",
+      u"One typed value of a domain or a scenario, with an initial value.",
       {
-          Get<&I::get_key>(u"key", 0x40030000),
+          Get<&I::get_key>(u"key", 0x40030000, {},
+                           {u"Name of the variable. Putting it changes nothing in the configuration."}),
           Put<&I::put_key>(u"key", 0x40030000),
-          Function<&I::raw_Duplicate>(u"Duplicate", 0x60030005, {{u"wVarName"}, {u"wObj"}}),
-          Function<&I::raw_Update>(u"Update", 0x60030006,
-                                   {{u"wVarType"}, {u"wDataType"}, {u"wValue"}, {u"wInit"}, {u"wObj"}}),
+          Function<&I::raw_Duplicate>(
+              u"Duplicate", 0x60030005, {{u"wVarName"}, {u"wObj"}},
+              {u"Writes the variable once more, under the name wVarName, for the owner wObj."}),
+          Function<&I::raw_Update>(
+              u"Update", 0x60030006, {{u"wVarType"}, {u"wDataType"}, {u"wValue"}, {u"wInit"}, {u"wObj"}},
+              {u"Changes kind, data type, value and initial value, and writes them for the owner wObj."}),
           Function<&I::raw_Update1>(
               u"Update1", 0x60030007,
-              {{u"wVarType"}, {u"wDataType"}, {u"wValue"}, {u"wInit"}, {u"wObj"}, {u"wDomScen", true}}),
-          Function<&I::raw_Initialize>(u"Initialize", 0x60030008, {{u"wObj"}}),
-          Function<&I::raw_Initialize1>(u"Initialize1", 0x60030009, {{u"wKey"}}),
-          Get<&I::get_VarType>(u"VarType", 0x68030003),
-          Get<&I::get_Value>(u"Value", 0x68030002),
-          Get<&I::get_Init>(u"Init", 0x68030001),
-          Get<&I::get_DataType>(u"DataType", 0x68030000),
+              {{u"wVarType"}, {u"wDataType"}, {u"wValue"}, {u"wInit"}, {u"wObj"}, {u"wDomScen", true}},
+              {u"The same for the owner that wDomScen names, where it is given."}),
+          Function<&I::raw_Initialize>(
+              u"Initialize", 0x60030008, {{u"wObj"}},
+              {u"Gives a variable its initial value, and writes it for the owner wObj."}),
+          Function<&I::raw_Initialize1>(u"Initialize1", 0x60030009, {{u"wKey"}},
+                                        {u"The same for the registry key wKey."}),
+          Get<&I::get_VarType>(u"VarType", 0x68030003, {}, {u"Kind: \"V\" a variable, \"C\" a constant."}),
+          Get<&I::get_Value>(u"Value", 0x68030002, {}, {u"Value."}),
+          Get<&I::get_Init>(u"Init", 0x68030001, {}, {u"Initial value."}),
+          Get<&I::get_DataType>(u"DataType", 0x68030000, {}, {u"Data type (MXVariableDataType)."}),
       },
   };
   return info;

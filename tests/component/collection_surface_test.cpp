@@ -34,32 +34,6 @@ class CollectionSurfaceTest : public ProductTest {
   ObjectPtr<Utilisateurs> users_ = Utilisateurs::Create();
 };
 
-std::u16string Published(const component::ClassInfo& info) {
-  std::u16string text;
-  for (const component::Member& member : info.members) {
-    text.append(member.hidden ? u"-" : u"").append(member.name);
-    for (const component::Parameter& parameter : member.parameters)
-      text.append(parameter.optional ? u" ?" : u" ").append(parameter.name);
-    text.append(member.help.empty() ? u"" : u"=").append(member.help).append(u"; ");
-  }
-  return text;
-}
-
-TEST_F(CollectionSurfaceTest, NamesHelpTextsAndHiddenMembersArePublished) {
-  EXPECT_EQ(Published(component::UserInfo()),
-            u"key=Clef et nom de l'utilisateur; key =Clef et nom de l'utilisateur; Check wPassword="
-            u"Verification du Password; Update wPermission ?wOldPwd ?wNewPwd ?wConfPwd=Modification d'un "
-            u"Utilisateur.; Permission =D\u00E9finit ou renvoie la permission de l'utilisateur.; Permission="
-            u"D\u00E9finit ou renvoie la permission de l'utilisateur.; Password; PasswordCrypted; "
-            u"PasswordDecrypted=Renvoie le mot de passe d\u00E9crypt\u00E9.; PasswordCrypted ; ");
-  EXPECT_EQ(Published(component::UtilisateursInfo()),
-            u"NewUser wUser wPassword wPwdConf wPermission; DeleteUser wUser; Add wUser; "
-            u"Item vntIndexKey; Count; Remove vntIndexKey; -NewEnum; ");
-  EXPECT_EQ(Published(component::VariablesInfo()),
-            u"NewVariable wVar wVarType wDataType wValue wInit wObj; Add wVar; Item vntIndexKey; Count; "
-            u"Remove vntIndexKey; DeleteVariable wVariable wObj; -NewEnum; ");
-}
-
 TEST_F(CollectionSurfaceTest, ItemIsTheDefaultMember) {
   Add(u"A2");
   Variant name(u"a");

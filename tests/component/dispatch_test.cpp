@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include "component/classes.h"
+#include "component/members.h"
+#include "component/surface.h"
 #include "tests/component/calls.h"
 #include "tests/support/configuration.h"
 #include "variables/variable.h"
@@ -189,6 +192,76 @@ TEST_F(DispatchTest, AMemberThatFailsFillsTheExceptionAndTheErrorInfo) {
   const ErrorText expected{true, u"Variable:Value Property Let", u"Valeur incorrecte"};
   EXPECT_EQ((ErrorText{true, reply.source, reply.description}), expected);
   EXPECT_EQ(TakeErrorInfo(), expected);
+}
+
+// A member that changes what it is given by reference.
+struct _Changer : IDispatch {
+  static constexpr IID iid{0x6D0C5E11, 0x3B0F, 0x4C0B, {0x9A, 0x5E, 0x11, 0x22, 0x33, 0x44, 0x55, 0x66}};
+  virtual HRESULT raw_Change(SHORT* number, BSTR* text, VARIANT* value, _Variable** object,
+                             SHORT by_value) = 0;
+};
+
+class Changer final : public component::Surface<_Changer, _Changer, component::VariableInfo> {
+ public:
+  explicit Changer(_Variable* object) : object_(object) {}
+  HRESULT raw_Change(SHORT* number, BSTR* text, VARIANT* value, _Variable** object, SHORT by_value) override {
+    if (by_value != 1) return E_FAIL;
+    *number = 300;
+    SysFreeString(*text);
+    *text = SysAllocString(u"after");
+    *reinterpret_cast<Variant*>(value) = Variant(2.5);
+    if (*object) (*object)->Release();
+    *object = ObjectPtr<_Variable>(object_).Detach();
+    return S_OK;
+  }
+
+ private:
+  _Variable* object_;
+};
+
+TEST_F(DispatchTest, WhatAMemberChangesComesBackInTheClientsVariables) {
+  const component::ClassInfo info{u"Changer", u"_Changer",
+                                  nullptr,    &_Changer::iid,
+                                  u"",        {component::Method<&_Changer::raw_Change>(u"Change", 1)}};
+  const auto changer = ObjectPtr<_Changer>::Adopt(new Changer(variable_.get()));
+  const ObjectPtr<Variable> before = Variable::Create();
+  auto change = [&](std::vector<VARIANT> arguments, UINT* bad_argument = nullptr) {
+    std::reverse(arguments.begin(), arguments.end());
+    DISPPARAMS parameters{arguments.data(), nullptr, static_cast<UINT>(arguments.size()), 0};
+    return component::Invoke(info, changer.get(), 1, GUID_NULL, kCall, &parameters, nullptr, nullptr,
+                             bad_argument);
+  };
+  SHORT one = 1;
+  LONG number = 5;
+  Bstr text(u"before");
+  Variant value(u"old"), inner(u"7");
+  IDispatch* object = ObjectPtr<IDispatch>(before.get()).Detach();
+  auto reference = [](VARTYPE tag, auto* target) { return ByReference(tag, target); };
+  const VARIANT in_text = reference(VT_BSTR, text.Receive()), in_object = reference(VT_DISPATCH, &object);
+  *reinterpret_cast<BSTR*>(in_text.byref) = SysAllocString(u"before");
+  EXPECT_EQ(change({reference(VT_I4, &number), in_text, reference(VT_VARIANT, static_cast<VARIANT*>(&value)),
+                    in_object, reference(VT_I2, &one)}),
+            S_OK);
+  EXPECT_EQ(number, 300);
+  EXPECT_EQ(text.view(), u"after");
+  EXPECT_EQ(Shown(value), "R8 2.5");
+  EXPECT_EQ(object, variable_.get());
+  EXPECT_EQ(one, 1);
+  // A variant takes any kind; what is passed by value stays.
+  EXPECT_EQ(change({reference(VT_VARIANT, static_cast<VARIANT*>(&inner)), Variant(u"x"), Variant(u"y"), none_,
+                    Variant(std::int16_t{1})}),
+            S_OK);
+  EXPECT_EQ(Shown(inner), "I2 300");
+  // A variable that the result does not fit keeps what it has.
+  BYTE narrow = 7;
+  UINT bad_argument = kUntouched;
+  EXPECT_EQ(
+      change({reference(VT_UI1, &narrow), in_text, value, in_object, reference(VT_I2, &one)}, &bad_argument),
+      DISP_E_OVERFLOW);
+  EXPECT_EQ(bad_argument, 4u);
+  EXPECT_EQ(narrow, 7);
+  EXPECT_EQ(change({reference(VT_I4, &number), in_text, value, in_object, Variant(std::int16_t{2})}), E_FAIL);
+  object->Release();
 }
 
 }  // namespace
