@@ -6,30 +6,13 @@
 // The component is found by its program id, so it must be registered (moxel register).
 #include <cstdio>
 #include <cstring>
-#include <string>
 
 #include "moxel/interfaces.h"
 #include "moxel/object_ptr.h"
+#include "moxel/text.h"
 #include "moxel/variant.h"
 
 namespace {
-
-std::u16string FromUtf8(const char* text) {
-  std::u16string wide(std::strlen(text), u'\0');
-  INT length = static_cast<INT>(wide.size());
-  if (length > 0)
-    wide.resize(static_cast<std::size_t>(MultiByteToWideChar(CP_UTF8, 0, text, length, wide.data(), length)));
-  return wide;
-}
-
-std::string ToUtf8(std::u16string_view text) {
-  std::string bytes(text.size() * 3, '\0');
-  if (text.empty()) return bytes;
-  bytes.resize(static_cast<std::size_t>(
-      WideCharToMultiByte(CP_UTF8, 0, text.data(), static_cast<INT>(text.size()), bytes.data(),
-                          static_cast<INT>(bytes.size()), nullptr, nullptr)));
-  return bytes;
-}
 
 moxel::ObjectPtr<moxel::_RootVar> CreateRootVar() {
   CLSID class_id;
@@ -56,8 +39,8 @@ int main(int argc, char** argv) {
   if (!root) return 1;
 
   moxel::Variant no_owner;
-  moxel::Variant owner = FromUtf8(argv[2]);
-  moxel::Variant name = FromUtf8(argv[3]);
+  moxel::Variant owner = moxel::FromUtf8(argv[2]);
+  moxel::Variant name = moxel::FromUtf8(argv[3]);
   moxel::ObjectPtr<moxel::_Variable> variable;
   HRESULT status = root->raw_RecupVariable(domain ? &owner : &no_owner, &owner, &name, variable.Receive());
   if (FAILED(status)) {
@@ -77,5 +60,5 @@ int main(int argc, char** argv) {
   variable->get_Init(&initial);
   variable->get_DataType(&data_type);
   std::printf("%-8s %-8s %-14s %-8s = %s (initially %s)\n", argv[1], argv[2], argv[3], kDataTypes[data_type],
-              ToUtf8(value.ToText()).c_str(), ToUtf8(initial.ToText()).c_str());
+              moxel::ToUtf8(value.ToText()).c_str(), moxel::ToUtf8(initial.ToText()).c_str());
 }

@@ -7,6 +7,8 @@
 #include <string_view>
 #include <utility>
 
+#include "moxel/text.h"
+
 namespace moxel {
 
 // A failure with the three things a client sees: its number, the operation that refused (Source) and the
@@ -17,9 +19,10 @@ namespace moxel {
 class AutomationError : public std::exception {
  public:
   AutomationError(std::int32_t number, std::u16string source, std::u16string description)
-      : number_(number), source_(std::move(source)), description_(std::move(description)) {
-    for (char16_t unit : description_) what_.push_back(unit < 0x80 ? static_cast<char>(unit) : '?');
-  }
+      : number_(number),
+        source_(std::move(source)),
+        description_(std::move(description)),
+        what_(ToUtf8(description_)) {}
 
   static AutomationError InvalidProcedureCall() { return Runtime(5, u"Invalid procedure call or argument"); }
   static AutomationError Overflow() { return Runtime(6, u"Overflow"); }
@@ -34,7 +37,7 @@ class AutomationError : public std::exception {
   std::int32_t number() const { return number_; }
   const std::u16string& source() const { return source_; }
   const std::u16string& description() const { return description_; }
-  // The description in ASCII, for logs; other characters show as "?".
+  // The description in UTF-8.
   const char* what() const noexcept override { return what_.c_str(); }
 
  private:

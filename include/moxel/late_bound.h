@@ -2,6 +2,8 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
+#include <iterator>
 #include <string>
 #include <utility>
 #include <vector>
@@ -90,6 +92,36 @@ inline void PutReference(IDispatch* object, std::u16string name, IDispatch* valu
   CallById(object, IdOf(object, std::move(name)), DISPATCH_PROPERTYPUTREF, {&argument, &put, 1, 1});
 }
 
+// A walk over what an enumerator yields, once and in order: an input iterator that ends at
+// std::default_sentinel.
+class ElementIterator {
+ public:
+  using value_type = Variant;
+  using difference_type = std::ptrdiff_t;
+
+  explicit ElementIterator(ObjectPtr<IEnumVARIANT> enumerator) : enumerator_(std::move(enumerator)) {
+    ++*this;
+  }
+
+  const Variant& operator*() const { return element_; }
+  ElementIterator& operator++() {
+    SetErrorInfo(0, nullptr);
+    element_ = Variant();
+    ULONG fetched = 0;
+    const HRESULT answer = enumerator_->Next(1, &element_, &fetched);
+    ThrowIfFailed(answer);
+    at_end_ = answer != S_OK || fetched == 0;
+    return *this;
+  }
+  void operator++(int) { ++*this; }
+  bool operator==(std::default_sentinel_t) const { return at_end_; }
+
+ private:
+  ObjectPtr<IEnumVARIANT> enumerator_;
+  Variant element_;
+  bool at_end_ = false;
+};
+
 // What a collection holds, in its order, once: for (const Variant& element : Elements(collection)).
 class Elements {
  public:
@@ -102,30 +134,8 @@ class Elements {
     if (!enumerator_) throw AutomationError::TypeMismatch();
   }
 
-  struct End {};
-
-  class Iterator {
-   public:
-    explicit Iterator(IEnumVARIANT* enumerator) : enumerator_(enumerator) { ++*this; }
-    const Variant& operator*() const { return element_; }
-    Iterator& operator++() {
-      element_ = Variant();
-      ULONG fetched = 0;
-      const HRESULT answer = enumerator_->Next(1, &element_, &fetched);
-      ThrowIfFailed(answer);
-      at_end_ = answer != S_OK || fetched == 0;
-      return *this;
-    }
-    bool operator!=(End) const { return !at_end_; }
-
-   private:
-    IEnumVARIANT* enumerator_;
-    Variant element_;
-    bool at_end_ = false;
-  };
-
-  Iterator begin() const { return Iterator(enumerator_.get()); }
-  End end() const { return {}; }
+  ElementIterator begin() const { return ElementIterator(enumerator_); }
+  std::default_sentinel_t end() const { return {}; }
 
  private:
   ObjectPtr<IEnumVARIANT> enumerator_;

@@ -11,8 +11,7 @@
 #include "registry/store.h"
 #include "scenarios/scenarios.h"
 #include "tests/support/configuration.h"
-#include "tests/support/product_test.h"
-#include "tests/support/raised_error.h"
+#include "tests/variables/records.h"
 
 namespace moxel::test {
 

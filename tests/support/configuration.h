@@ -19,7 +19,7 @@
 #include <vector>
 
 #include "moxel/platform/registry_file.h"
-#include "tests/variables/records.h"
+#include "tests/support/stored_records.h"
 
 namespace moxel::test {
 

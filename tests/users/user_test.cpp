@@ -6,6 +6,7 @@
 #include "registry/ansi.h"
 #include "registry/store.h"
 #include "tests/support/configuration.h"
+#include "tests/variables/records.h"
 
 namespace moxel::test {
 namespace {

@@ -7,6 +7,7 @@
 
 #include "moxel/enumerations.h"
 #include "tests/support/configuration.h"
+#include "tests/variables/records.h"
 
 namespace moxel::test {
 namespace {

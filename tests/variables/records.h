@@ -1,10 +1,9 @@
-// What the tests of variables share: stored records byte by byte, owners made of next to nothing, values and
-// failures in a form that compares and prints.
+// What the tests of variables share: owners made of next to nothing, values and failures in a form that
+// compares and prints.
 #pragma once
 
 #include <algorithm>
 #include <cstdio>
-#include <cstring>
 #include <ostream>
 #include <string>
 #include <string_view>
@@ -15,7 +14,7 @@
 #include "moxel/variant.h"
 #include "tests/support/product_test.h"
 #include "tests/support/raised_error.h"
-#include "tests/support/registry_access.h"
+#include "tests/support/stored_records.h"
 
 namespace moxel::test {
 
@@ -75,63 +74,6 @@ std::string FieldsOf(const AnyVariable& variable) {
   return Shown(variable.VarType()) + " " + std::to_string(variable.DataType()) + " " +
          Shown(variable.Value()) + " " + Shown(variable.Init());
 }
-
-// The type and the bytes of a value in the registry.
-struct Stored {
-  DWORD type = REG_NONE;
-  std::string bytes;
-  bool operator==(const Stored&) const = default;
-};
-
-inline std::ostream& operator<<(std::ostream& out, const Stored& stored) {
-  out << "type " << stored.type << ":";
-  for (unsigned char byte : stored.bytes.substr(0, 40)) out << ' ' << int{byte};
-  return out;
-}
-
-template <class Number>
-std::string BytesOf(Number number) {
-  std::string bytes(sizeof number, '\0');
-  std::memcpy(bytes.data(), &number, sizeof number);
-  return bytes;
-}
-
-inline Stored StoredText(std::string_view text) { return {REG_SZ, std::string(text) + '\0'}; }
-inline Stored StoredNumber(std::int32_t number) { return {REG_DWORD, BytesOf(number)}; }
-inline Stored StoredReal(double number) { return {REG_DWORD, BytesOf(number)}; }
-inline Stored StoredPassword(std::string text) {
-  for (char& byte : text) byte = static_cast<char>(~byte);
-  return StoredText(text);
-}
-
-// All values of a key in the order in which they were first written; nothing for a missing key.
-using Record = std::vector<std::pair<std::string, Stored>>;
-
-inline std::string AbsolutePath(const std::string& path) { return "SOFTWARE\\MOXEL\\" + path; }
-
-inline bool Exists(const std::string& path) { return TryOpen(HKEY_LOCAL_MACHINE, AbsolutePath(path)) == 0; }
-
-inline Record ReadRecord(const std::string& path) {
-  Record record;
-  const Key key = Open(HKEY_LOCAL_MACHINE, AbsolutePath(path));
-  for (const std::string& name : NamesOf(key, ValueName)) {
-    Stored stored;
-    DWORD size = 0;
-    RegQueryValueExA(key, name.c_str(), nullptr, &stored.type, nullptr, &size);
-    stored.bytes.resize(size);
-    auto* bytes = reinterpret_cast<BYTE*>(stored.bytes.data());
-    RegQueryValueExA(key, name.c_str(), nullptr, nullptr, bytes, &size);
-    record.emplace_back(name, stored);
-  }
-  return record;
-}
-
-inline void WriteRecord(const std::string& path, const Record& record) {
-  Key key = Create(HKEY_LOCAL_MACHINE, AbsolutePath(path));
-  for (const auto& [name, stored] : record) ASSERT_EQ(Set(key, name, stored.bytes, stored.type), 0) << name;
-}
-
-inline void SetLanguage(const Stored& language) { WriteRecord("Configuration", {{"Lang", language}}); }
 
 // An owner as any program may bring one: a property `key`, and interfaces that say which kind it is.
 class Owner final : public IDispatch {

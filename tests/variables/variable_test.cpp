@@ -7,6 +7,7 @@
 
 #include "tests/platform/locale/scoped_locale.h"
 #include "tests/support/configuration.h"
+#include "tests/variables/records.h"
 
 namespace moxel::test {
 namespace {

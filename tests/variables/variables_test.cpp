@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/configuration.h"
+#include "tests/variables/records.h"
 
 namespace moxel::test {
 namespace {
