@@ -1,0 +1,45 @@
+# Where everything goes, and how other projects find it: find_package(moxel), pkg-config, a Debian package.
+include(CMakePackageConfigHelpers)
+
+set(MOXEL_PYTHON_DIR lib/python3/dist-packages CACHE STRING "Where the Python package goes, below the prefix")
+
+set_target_properties(moxel PROPERTIES INSTALL_RPATH "$ORIGIN")
+set_target_properties(moxel-command PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+set_target_properties(moxel-platform PROPERTIES EXPORT_NAME platform)
+set_target_properties(moxel-headers PROPERTIES EXPORT_NAME headers)
+
+install(TARGETS moxel moxel-platform moxel-headers EXPORT moxel-targets)
+install(TARGETS moxel-command)
+install(DIRECTORY include/moxel DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(DIRECTORY ${CMAKE_BINARY_DIR}/share/man/ DESTINATION ${CMAKE_INSTALL_MANDIR})
+install(DIRECTORY ${CMAKE_BINARY_DIR}/share/bash-completion DESTINATION ${CMAKE_INSTALL_DATADIR})
+install(DIRECTORY python/moxel DESTINATION ${MOXEL_PYTHON_DIR}
+  FILES_MATCHING PATTERN *.py PATTERN *.pyi PATTERN py.typed PATTERN __pycache__ EXCLUDE)
+install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR} PATTERN CMakeLists.txt EXCLUDE)
+
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/moxel)
+install(EXPORT moxel-targets NAMESPACE moxel:: DESTINATION ${package_dir})
+configure_package_config_file(cmake/moxel-config.cmake.in moxel-config.cmake INSTALL_DESTINATION ${package_dir})
+write_basic_package_version_file(moxel-config-version.cmake COMPATIBILITY SameMajorVersion)
+file(RELATIVE_PATH pc_prefix /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+configure_file(cmake/moxel.pc.in moxel.pc @ONLY)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/moxel-config.cmake ${CMAKE_CURRENT_BINARY_DIR}/moxel-config-version.cmake
+  DESTINATION ${package_dir})
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/moxel.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_PACKAGE_CONTACT "The developers of MOXEL Components <developers@moxel.invalid>")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "configuration of a job-automation product: component, clients and tool")
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SECTION admin)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
+set(CPACK_DEBIAN_PACKAGE_DEPENDS passwd)
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS python3)
+foreach(script postinst prerm triggers)
+  list(APPEND CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${CMAKE_SOURCE_DIR}/packaging/debian/${script})
+endforeach()
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+include(CPack)
