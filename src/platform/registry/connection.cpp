@@ -10,6 +10,7 @@
 #include <thread>
 
 #include "platform/registry/failure.h"
+#include "platform/registry/look_ups.h"
 
 namespace moxel::platform {
 namespace {
@@ -158,6 +159,8 @@ Connection::Connection(const std::string& path, Access access, bool create)
   Execute("PRAGMA cache_size = -65536");
 }
 
+Connection::~Connection() = default;
+
 std::unique_ptr<Connection> Connection::OpenExisting(const std::string& path) {
   struct stat status;
   if (::stat(path.c_str(), &status) != 0) {
@@ -247,6 +250,18 @@ Statement& Connection::Get(Sql sql) {
   auto& statement = statements_[static_cast<std::size_t>(sql)];
   if (!statement) statement = std::make_unique<Statement>(database_.get(), path_, TextOf(sql));
   return *statement;
+}
+
+LookUps& Connection::look_ups() {
+  if (!look_ups_) look_ups_ = std::make_unique<LookUps>(*this);
+  return *look_ups_;
+}
+
+ChangeMarkReader Connection::change_marks() {
+  if (bare_) return {};
+  Statement journal_mode = Prepare("PRAGMA journal_mode");
+  return journal_mode.Step() && journal_mode.Text(0) == "wal" ? ChangeMarkReader(database_.get())
+                                                              : ChangeMarkReader();
 }
 
 void Connection::Execute(const char* sql) {

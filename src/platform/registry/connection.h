@@ -12,6 +12,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/registry/change_mark.h"
 #include "platform/registry/schema.h"
 
 namespace moxel::platform {
@@ -55,8 +56,12 @@ class Query {
   Statement& statement_;
 };
 
+class LookUps;
+
 class Connection {
  public:
+  ~Connection();
+
   // Opens a registry file. Null when there is none, or an empty file that no writer has made a registry yet:
   // an empty hive.
   static std::unique_ptr<Connection> OpenForReading(const std::string& path);
@@ -66,6 +71,10 @@ class Connection {
   Statement& Get(Sql sql);
   Statement Prepare(const char* sql) { return Statement(database_.get(), path_, sql); }
   void Execute(const char* sql);
+
+  LookUps& look_ups();
+  // The file's marks, or none where it is read without its log.
+  ChangeMarkReader change_marks();
 
   const std::string& path() const { return path_; }
   // Asked anew each time: the file's rights may change while it is open.
@@ -111,6 +120,7 @@ class Connection {
   std::chrono::steady_clock::time_point waiting_since_{};
   std::unique_ptr<sqlite3, Closer> database_;
   std::array<std::unique_ptr<Statement>, kSqlCount> statements_;
+  std::unique_ptr<LookUps> look_ups_;
 };
 
 // A transaction over several statements; inside a batch it is a savepoint of the batch. Rolled back unless

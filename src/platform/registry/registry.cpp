@@ -7,6 +7,7 @@
 #include "platform/registry/failure.h"
 #include "platform/registry/handles.h"
 #include "platform/registry/key_name.h"
+#include "platform/registry/look_ups.h"
 #include "platform/registry/session.h"
 
 namespace moxel::platform {
@@ -38,10 +39,7 @@ REGSAM Grant(Session::Lease& lease, REGSAM wanted) {
 
 KeyId FindKey(Connection* connection, const Name& path) {
   if (path.folded.empty()) return kRootKey;
-  if (!connection) return 0;
-  Query query(connection->Get(Sql::kFindKey));
-  query->Bind(1, path.folded);
-  return query->Step() ? query->Integer(0) : 0;
+  return connection ? connection->look_ups().FindKey(path.folded) : 0;
 }
 
 // The path of a handle's key. ERROR_KEY_DELETED when the key is gone.
@@ -50,11 +48,9 @@ Name PathOf(Connection* connection, HKEY handle) {
   if (handle == HKEY_CLASSES_ROOT) return ClassesPath();
   if (opened.key == kRootKey) return {};
   if (!connection) throw RegistryFailure(ERROR_KEY_DELETED);
-  Query query(connection->Get(Sql::kPathOfKey));
-  query->Bind(1, opened.key);
-  if (!query->Step()) throw RegistryFailure(ERROR_KEY_DELETED);
-  std::string path(query->Text(0));
-  return {path, path};  // it exists, so nothing is created under its text
+  const std::optional<std::string>& path = connection->look_ups().PathOf(opened.key);
+  if (!path) throw RegistryFailure(ERROR_KEY_DELETED);
+  return {*path, *path};  // it exists, so nothing is created under its text
 }
 
 // For calls that need no right on the handle's own key.
@@ -161,11 +157,9 @@ LSTATUS QueryValue(HKEY handle, LPCSTR value_name, DWORD* type, BYTE* data, DWOR
   RequireRight(handle, KEY_QUERY_VALUE);
   Connection* connection = lease.ForReading();
   if (KeyId key = KeyOf(connection, handle); connection && key != 0) {
-    Query query(connection->Get(Sql::kFindValue));
-    query->Bind(1, key).Bind(2, name.folded);
-    if (query->Step()) {
-      if (type) *type = static_cast<DWORD>(query->Integer(0));
-      return CopyData(query->Text(1), data, size);
+    if (const auto& value = connection->look_ups().FindValue(key, name.folded)) {
+      if (type) *type = value->type;
+      return CopyData(value->data, data, size);
     }
     PathOf(connection, handle);  // reports a key that was deleted
   }

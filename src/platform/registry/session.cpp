@@ -113,6 +113,9 @@ bool Session::Lease::MayWrite() {
 
 void Session::Lease::Begin() {
   if (session_.in_batch_) throw RegistryFailure(ERROR_INVALID_PARAMETER);
+  // SQLite itself would begin a transaction that only reads.
+  if (!MayWrite())
+    throw RegistryFailure(ERROR_ACCESS_DENIED, std::string(FilePath()) + ": may not be written");
   ForWriting().Execute("BEGIN IMMEDIATE");
   session_.in_batch_ = true;
 }

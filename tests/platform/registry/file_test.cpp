@@ -174,11 +174,12 @@ void BecomeNobody() {
   if (::setgroups(0, nullptr) != 0 || ::setgid(65534) != 0 || ::setuid(65534) != 0) ::_exit(1);
 }
 
-// What a sequence of calls answers: opening for reading and for writing in four ways, setting, creating what
-// exists and what does not, deleting, setting with all that may be had, and reading.
+// What a sequence of calls answers: beginning and undoing a batch, opening for reading and for writing in
+// four ways, setting, creating what exists and what does not, deleting, setting with all that may be had, and
+// reading.
 std::string Transcript() {
   const std::string path = std::string(kPath) + "\\key0";
-  Answers answers;
+  Answers answers{RegFileBegin(), RegFileRollback()};
   for (REGSAM access : {KEY_READ, KEY_SET_VALUE, KEY_CREATE_SUB_KEY, GENERIC_WRITE, GENERIC_ALL})
     answers.push_back(Open(kRoot, path, access).answer);
   Answers writes{Set(kRoot, "v", "1"), Create(kRoot, path, KEY_READ).answer,
@@ -196,9 +197,9 @@ class RegistryAccount : public RegistryFile {
 };
 
 TEST_F(RegistryAccount, MayDoWhatTheFileAndItsFolderAllow) {
-  const char *const kRead = "0 5 5 5 5 5 0 5 5 5 a", *kNothing = "5 5 5 5 5 5 5 5 5 6 -";
+  const char *const kRead = "5 87 0 5 5 5 5 5 0 5 5 5 a", *kNothing = "5 87 5 5 5 5 5 5 5 5 5 6 -";
   const std::tuple<const char*, mode_t, mode_t, bool, const char*> cases[] = {
-      {"all allowed", 0666, 0777, false, "0 0 0 0 0 0 0 0 0 6 -"},
+      {"all allowed", 0666, 0777, false, "0 0 0 0 0 0 0 0 0 0 0 6 -"},
       {"may read, and create the log", 0644, 0777, false, kRead},
       {"may read only", 0644, 0755, false, kRead},
       {"may write the file but not create the log", 0666, 0755, false, kRead},
@@ -206,7 +207,7 @@ TEST_F(RegistryAccount, MayDoWhatTheFileAndItsFolderAllow) {
       {"may not enter the folder", 0666, 0700, false, kNothing},
       {"may create the log, beside a writer", 0644, 0777, true, kRead},
       {"may read only, beside a writer", 0644, 0755, true, kRead},
-      {"there is no file and none may be created", 0, 0755, false, "2 2 2 2 2 5 5 5 2 6 -"},
+      {"there is no file and none may be created", 0, 0755, false, "5 87 2 2 2 2 2 5 5 5 2 6 -"},
   };
   for (auto [story, file_mode, folder_mode, writer_active, transcript] : cases) {
     ::chmod(folder().c_str(), 0755);
