@@ -6,8 +6,10 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <unordered_map>
 
 #include "moxel/platform/registry_file.h"
+#include "registry/ansi.h"
 #include "registry/schema.h"
 #include "registry/settings.h"
 #include "registry/store.h"
@@ -95,6 +97,29 @@ void RawSelect(benchmark::State& state) {
   for (auto _ : state) select.Run();
 }
 BENCHMARK(RawSelect);
+
+// The floor: the same texts converted and folded, the key and the value found in hash maps, the same variant
+// made.
+void ReadFromMemory(benchmark::State& state) {
+  auto fold = [](std::u16string_view text) {
+    std::string folded = moxel::ToAnsi(text);
+    for (char& c : folded) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    return folded;
+  };
+  auto path_of = [](std::u16string_view key) {
+    return std::u16string(moxel::Settings().RootPath).append(key);
+  };
+  std::unordered_map<std::string, std::unordered_map<std::string, std::string>> tree;
+  for (std::int64_t i = 0; i < 1'000; ++i)
+    for (const char16_t* name : {u"Value", u"Init", u"Type", u"V/C"})
+      tree[fold(path_of(u"Domain\\Sales\\Var\\Variable" + Number(i)))][fold(name)] = "some text";
+  moxel::Main();
+  for (auto _ : state) {
+    const auto& values = tree.at(fold(path_of(u"Domain\\Sales\\Var\\Variable500")));
+    benchmark::DoNotOptimize(moxel::Variant(moxel::FromAnsi(values.at(fold(moxel::schema::kValue)))));
+  }
+}
+BENCHMARK(ReadFromMemory);
 
 void ReadValue(benchmark::State& state) {
   BenchRegistry::Instance();

@@ -18,6 +18,9 @@ namespace {
 // How long a call waits for another writer before it gives up with ERROR_BUSY.
 constexpr std::chrono::seconds kLockTimeout{10};
 
+// How long a reader goes on without looking whether its file was replaced.
+constexpr std::chrono::milliseconds kLookInterval{50};
+
 // A file changed less than this ago may change again without a new time of change.
 constexpr std::int64_t kClockGrain = 2'000'000'000;
 
@@ -154,6 +157,7 @@ Connection::Connection(const std::string& path, Access access, bool create)
   int code = sqlite3_open_v2((bare_ ? BareFileUri(path) : path).c_str(), &database, flags, nullptr);
   database_.reset(database);
   if (code != SQLITE_OK) Fail(database, code, path);
+  identity_ = IdentityOf(path);
   sqlite3_busy_handler(database, &Connection::WaitForLock, this);
   Execute("PRAGMA synchronous = NORMAL");
   Execute("PRAGMA cache_size = -65536");
@@ -220,6 +224,8 @@ void Connection::Create() {
   Transaction whole(*this, Transaction::Kind::kWrite);
   if (!Recognize()) {
     Execute(kCreateSchema);
+    // Key ids of no two files are alike, so that a handle on a key of a file that was replaced is a dead one.
+    Execute("UPDATE sqlite_sequence SET seq = 1 + (random() & 0xFFFFFFFFFF) WHERE name = 'keys'");
     Execute(("PRAGMA application_id = " + std::to_string(kApplicationId)).c_str());
     Execute(("PRAGMA user_version = " + std::to_string(kSchemaVersion)).c_str());
   }
@@ -285,7 +291,19 @@ Connection::Stamp Connection::StampOf(const std::string& path) {
   return stamp;
 }
 
-bool Connection::outdated() const { return bare_ && (!stamp_.settled || StampOf(path_) != stamp_); }
+std::optional<Connection::FileIdentity> Connection::IdentityOf(const std::string& path) {
+  struct stat status;
+  if (::stat(path.c_str(), &status) != 0) return std::nullopt;
+  return FileIdentity{status.st_dev, status.st_ino};
+}
+
+bool Connection::outdated(Look look) {
+  if (bare_) return !stamp_.settled || StampOf(path_) != stamp_;
+  const auto now = std::chrono::steady_clock::now();
+  if (look == Look::kNowAndThen && now - looked_at_ < kLookInterval) return false;
+  looked_at_ = now;
+  return IdentityOf(path_) != identity_;
+}
 
 bool Connection::IsAllowed(const std::string& path, int mode) {
   return ::faccessat(AT_FDCWD, path.c_str(), mode, AT_EACCESS) == 0;

@@ -9,6 +9,7 @@
 #include <chrono>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -81,9 +82,12 @@ class Connection {
   bool writable() const;
   std::int64_t changes() const { return sqlite3_changes64(database_.get()); }
   bool in_transaction() const { return sqlite3_get_autocommit(database_.get()) == 0; }
-  // True for a connection that reads the bare file, without a log, once the file or its log changed: it must
-  // be reopened.
-  bool outdated() const;
+  // True when the file must be opened anew: its name stands for another file by now, or for none; or this
+  // connection reads the bare file, without a log, and the file or its log changed. Not every read looks,
+  // since that costs more than the read: what a reader finds may be those milliseconds old, as if it had read
+  // then.
+  enum class Look { kNow, kNowAndThen };
+  bool outdated(Look look);
 
  private:
   enum class Access { kWrite, kRead, kReadBareFile };
@@ -105,6 +109,13 @@ class Connection {
   Connection(const std::string& path, Access access, bool create);
   static std::unique_ptr<Connection> OpenExisting(const std::string& path);
   static Stamp StampOf(const std::string& path);
+  // Which file a name stands for; nothing where it stands for none.
+  struct FileIdentity {
+    dev_t device;
+    ino_t inode;
+    bool operator==(const FileIdentity&) const = default;
+  };
+  static std::optional<FileIdentity> IdentityOf(const std::string& path);
   // Whether the account in effect has the rights on the file; errno says why not.
   static bool IsAllowed(const std::string& path, int mode);
   static int WaitForLock(void* self, int attempts);
@@ -117,6 +128,8 @@ class Connection {
   const std::string path_;
   const bool bare_;
   Stamp stamp_{};
+  std::optional<FileIdentity> identity_;
+  std::chrono::steady_clock::time_point looked_at_{};
   std::chrono::steady_clock::time_point waiting_since_{};
   std::unique_ptr<sqlite3, Closer> database_;
   std::array<std::unique_ptr<Statement>, kSqlCount> statements_;

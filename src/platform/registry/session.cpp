@@ -81,9 +81,9 @@ const char* Session::FilePath() {
   return path && *path ? path : "/var/lib/moxel/registry.db";
 }
 
-void Session::DropUnusable() {
+void Session::DropUnusable(Connection::Look look) {
   if (!connection_ || in_batch_) return;
-  if (connection_->path() != FilePath() || connection_->outdated()) connection_.reset();
+  if (connection_->path() != FilePath() || connection_->outdated(look)) connection_.reset();
 }
 
 void Session::Lease::CheckBatch() const {
@@ -94,14 +94,14 @@ void Session::Lease::CheckBatch() const {
 
 Connection* Session::Lease::ForReading() {
   CheckBatch();
-  session_.DropUnusable();
+  session_.DropUnusable(Connection::Look::kNowAndThen);
   if (!session_.connection_) session_.connection_ = Connection::OpenForReading(FilePath());
   return session_.connection_.get();
 }
 
 Connection& Session::Lease::ForWriting() {
   CheckBatch();
-  session_.DropUnusable();
+  session_.DropUnusable(Connection::Look::kNow);
   if (!session_.connection_) session_.connection_ = Connection::OpenForWriting(FilePath());
   return *session_.connection_;
 }

@@ -51,7 +51,7 @@ class Session {
  private:
   friend class SessionList;
   Session();
-  void DropUnusable();
+  void DropUnusable(Connection::Look look);
 
   const pthread_t thread_ = pthread_self();
   std::mutex mutex_;
