@@ -129,7 +129,7 @@ class Connection {
   const bool bare_;
   Stamp stamp_{};
   std::optional<FileIdentity> identity_;
-  std::chrono::steady_clock::time_point looked_at_{};
+  std::int64_t looked_at_ = 0;
   std::chrono::steady_clock::time_point waiting_since_{};
   std::unique_ptr<sqlite3, Closer> database_;
   std::array<std::unique_ptr<Statement>, kSqlCount> statements_;

@@ -302,6 +302,41 @@ std::string FillUp(const std::function<void()>& make_room) {
   return report;
 }
 
+TEST_F(RegistryFile, AFileThatIsReplacedOrDeletedUnderItsUsersIsNoticed) {
+  const fs::path other = folder() / "other.db";
+  auto read = [] { return Get(Open(kRoot, kPath), "v").value_or("none"); };
+  auto wait = [] { std::this_thread::sleep_for(std::chrono::milliseconds(80)); };
+  // As an administrator does it: the log goes with its file.
+  auto remove_log = [this] { fs::remove(file().string() + "-wal"), fs::remove(file().string() + "-shm"); };
+  ::setenv("MOXEL_REGISTRY", other.c_str(), 1);
+  OnAnotherThread([] { EXPECT_EQ(Set(Create(kRoot, kPath), "v", "theirs"), 0); });
+  ::setenv("MOXEL_REGISTRY", file().c_str(), 1);
+  Key mine = Create(kRoot, kPath);
+  EXPECT_EQ(Set(mine, "v", "mine"), 0);
+  EXPECT_EQ(read(), "mine");
+  fs::rename(other, file());
+  remove_log();
+  // Writing notices at once, reading soon; a handle on a key of the old file stands for none of the new one.
+  EXPECT_EQ(Set(mine, "v", "lost"), 1018);
+  EXPECT_EQ(read(), "theirs");
+  EXPECT_EQ(Query(mine, "v"), 1018);
+  EXPECT_EQ(RegFileCheck(), 0) << RegFileCause();
+  for (bool with_log : {true, false}) {
+    Key theirs = Create(kRoot, kPath);
+    EXPECT_EQ(Set(theirs, "v", "new"), 0);
+    EXPECT_EQ(read(), "new");
+    fs::remove(file());
+    if (with_log) remove_log();
+    wait();
+    EXPECT_EQ(read(), "none");
+    EXPECT_EQ(Query(theirs, "v"), 1018);
+    EXPECT_FALSE(fs::exists(file())) << "reading creates nothing";
+    EXPECT_EQ(Set(Create(kRoot, kPath), "w", "again"), 0);
+    EXPECT_EQ(read(), "none") << "what was deleted does not come back out of the log";
+    EXPECT_EQ(RegFileCheck(), 0) << RegFileCause();
+  }
+}
+
 TEST_F(RegistryFile, AFullDiskIsReportedAndLosesNothing) {
   const fs::path disk = folder() / "disk";
   fs::create_directory(disk);
