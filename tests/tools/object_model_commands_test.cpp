@@ -510,7 +510,7 @@ class AtTerminal {
     if (process_ != 0) return;
     std::vector<const char*> argv{"moxel"};
     for (const std::string& argument : arguments) argv.push_back(argument.c_str());
-    ::_exit(RunTool(static_cast<int>(argv.size()), argv.data(), std::cin, std::cout, std::cerr));
+    ::_exit(RunTool(static_cast<int>(argv.size()), argv.data(), {std::cin, std::cout, std::cerr}));
   }
   ~AtTerminal() {
     if (process_ > 0) {

@@ -177,7 +177,7 @@ TEST_F(RegistryCommandsTest, CheckTellsASoundFileFromAnotherAndWhenItCannotSay) 
   std::istringstream in;
   std::ostringstream err;
   const char* arguments[] = {"moxel", "registry", "check"};
-  EXPECT_EQ(RunTool(3, arguments, in, full, err), 1);
+  EXPECT_EQ(RunTool(3, arguments, {in, full, err}), 1);
   EXPECT_NE(err.str().find("standard output"), std::string::npos);
   Do({"--registry", fresh, "registry", "set", "K", "x"});
   EXPECT_EQ(Do({"registry", "check", "--registry", fresh}), fresh + ": sound\n");

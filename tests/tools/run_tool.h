@@ -1,6 +1,7 @@
 // One run of the command line tool inside the test's own process.
 #pragma once
 
+#include <functional>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -15,13 +16,17 @@ struct ToolRun {
   std::string err;
 };
 
-inline ToolRun Moxel(const std::vector<std::string>& arguments, const std::string& input = "") {
+// `prepare` may make the console something else than three redirected streams.
+inline ToolRun Moxel(const std::vector<std::string>& arguments, const std::string& input = "",
+                     const std::function<void(tool::Console&)>& prepare = {}) {
   std::vector<const char*> argv{"moxel"};
   for (const std::string& argument : arguments) argv.push_back(argument.c_str());
   std::istringstream in(input);
   std::ostringstream out;
   std::ostringstream err;
-  const int exit_code = RunTool(static_cast<int>(argv.size()), argv.data(), in, out, err);
+  tool::Console console{in, out, err};
+  if (prepare) prepare(console);
+  const int exit_code = RunTool(static_cast<int>(argv.size()), argv.data(), console);
   return {exit_code, out.str(), err.str()};
 }
 

@@ -4,8 +4,8 @@
 #include <initializer_list>
 #include <set>
 
+#include "moxel/ansi_text.h"
 #include "moxel/enumerations.h"
-#include "moxel/text.h"
 
 namespace moxel::tool {
 namespace {
@@ -77,10 +77,16 @@ Json DescribeUsersOf(const Object& scenario) {
 void Mask(Json& value) {
   if (value.is_null()) return;
   const std::string text = value.is_string() ? value.get<std::string>() : value.dump();
-  value = std::string(Utf16FromUtf8(text).size(), '*');
+  value = std::string(FromUtf8(text).size(), '*');
 }
 
 }  // namespace
+
+Style StyleOfState(const std::string& state) {
+  if (state == "with error" || state == "missing" || state == "unreadable") return Style::kFailed;
+  if (state == "processed") return Style::kDone;
+  return state == "processing" ? Style::kRunning : Style::kPlain;
+}
 
 Json DescribeUser(const Object& user) {
   return {{"name", NameOf(user)},

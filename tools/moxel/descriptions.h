@@ -7,16 +7,20 @@
 
 namespace moxel::tool {
 
+// Failed, done and running stand out.
+Style StyleOfState(const std::string& state);
+
 // Columns for what is described below.
 inline const std::vector<Column> kVariableColumns = {{"NAME", "name"},
                                                      {"KIND", "kind"},
                                                      {"TYPE", "dataType"},
                                                      {"VALUE", "value"},
                                                      {"INITIAL VALUE", "initialValue"}};
+inline const Column kStateColumn = {"STATE", "state", StyleOfState};
 inline const std::vector<Column> kTaskColumns = {{"NO", "position"},     {"NAME", "name"},
-                                                 {"STATE", "state"},     {"TYPE", "type"},
+                                                 kStateColumn,           {"TYPE", "type"},
                                                  {"ACTIONS", "actions"}, {"LAST RUN", "lastRun"}};
-inline const std::vector<Column> kSummaryColumns = {{"NAME", "name"}, {"STATE", "state"}, {"MODE", "mode"}};
+inline const std::vector<Column> kSummaryColumns = {{"NAME", "name"}, kStateColumn, {"MODE", "mode"}};
 
 Json DescribeUser(const Object& user);
 

@@ -114,7 +114,7 @@ void AddChanges(CLI::App& group) {
   auto options = std::make_shared<Options>();
   CLI::App* create =
       AddVerb(group, "create", "Create a domain", "create Purchasing --comment 'Orders to suppliers'");
-  AddName(create, *options);
+  create->add_option("NAME", options->name, "Name of the new domain")->required();
   create->add_option("--comment", options->comment, "Comment on the domain")->type_name("TEXT");
   create->callback([options] { Create(*options); });
 

@@ -4,7 +4,7 @@
 #include <optional>
 #include <vector>
 
-#include "moxel/text.h"
+#include "moxel/ansi_text.h"
 
 namespace moxel::tool {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "moxel/text.h"
+#include "moxel/ansi_text.h"
 
 namespace moxel::tool {
 namespace {
@@ -19,7 +19,7 @@ std::string Named(const std::string& what, const std::string& name) { return wha
 
 Variant TextArgument(const std::string& argument) {
   if (!IsUtf8(argument)) throw ToolError("\"" + argument + "\" is not UTF-8");
-  return Utf16FromUtf8(argument);
+  return FromUtf8(argument);
 }
 
 Variant StoredArgument(const std::string& argument) {
@@ -32,7 +32,7 @@ Variant StoredArgument(const std::string& argument) {
   return text;
 }
 
-std::string TextOf(const Variant& value) { return Utf8FromUtf16(value.ToText()); }
+std::string TextOf(const Variant& value) { return ToUtf8(value.ToText()); }
 
 std::string TextProperty(IDispatch* object, std::u16string name) {
   return TextOf(GetProperty(object, std::move(name)));

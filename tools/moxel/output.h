@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "moxel/console.h"
+#include "moxel/style.h"
 
 namespace moxel::tool {
 
@@ -18,10 +19,17 @@ void PrintJson(const Json& json, const Console& console);
 // null.
 std::string Readable(const Json& value);
 
-// The columns of a table: a heading and the field of each row that stands below it.
+// The columns of a table: a heading and the field of each row that stands below it, in a style that may
+// depend on the text.
 struct Column {
   const char* heading;
   const char* field;
+  Style (*style)(const std::string& text) = nullptr;
+};
+
+struct Cell {
+  std::string text;
+  Style style = Style::kPlain;
 };
 
 // One line a row, columns aligned.
@@ -37,6 +45,7 @@ void PrintFields(const std::vector<Column>& fields, const Json& object, const Co
 struct TreeNode {
   std::string label;
   std::vector<TreeNode> children;
+  Cell state = {};  // printed behind the label where there is one
 };
 
 void PrintTree(const TreeNode& root, const Console& console);

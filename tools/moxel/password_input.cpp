@@ -8,8 +8,8 @@
 #include <cerrno>
 #include <iostream>
 
+#include "moxel/ansi_text.h"
 #include "moxel/error.h"
-#include "moxel/text.h"
 
 namespace moxel::tool {
 namespace {
@@ -62,7 +62,7 @@ std::optional<std::string> ReadLine(std::istream& in) {
 // What an error says of a password must not quote it.
 Variant Checked(const std::string& password) {
   if (!IsUtf8(password)) throw ToolError("password: not UTF-8");
-  Variant text = Utf16FromUtf8(password);
+  Variant text = FromUtf8(password);
   try {
     AnsiFromUtf16(text.text());
   } catch (const CodePageError&) {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "moxel/text.h"
+#include "moxel/ansi_text.h"
 
 namespace moxel::tool {
 namespace {
@@ -48,9 +48,9 @@ std::u16string DecodeUtf16(std::string_view bytes, bool big_endian) {
 std::u16string Decode(std::string_view file) {
   if (file.starts_with("\xFF\xFE")) return DecodeUtf16(file.substr(2), false);
   if (file.starts_with("\xFE\xFF")) return DecodeUtf16(file.substr(2), true);
-  if (!file.starts_with("\xEF\xBB\xBF")) return IsUtf8(file) ? Utf16FromUtf8(file) : Utf16FromAnsi(file);
+  if (!file.starts_with("\xEF\xBB\xBF")) return IsUtf8(file) ? FromUtf8(file) : Utf16FromAnsi(file);
   if (!IsUtf8(file)) throw RegSyntaxError(1, "file marked as UTF-8 is not valid UTF-8");
-  return Utf16FromUtf8(file.substr(3));
+  return FromUtf8(file.substr(3));
 }
 
 class Reader {

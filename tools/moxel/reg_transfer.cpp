@@ -5,9 +5,29 @@
 namespace moxel::tool {
 namespace {
 
-void ApplyValues(const RegSection& section, ImportCounts& counts) {
+// A step is a key or a value, set or deleted.
+class Steps {
+ public:
+  Steps(const RegDocument& document, const Progress& progress)
+      : progress_(progress), total_(document.size()) {
+    for (const RegSection& section : document) total_ += section.values.size();
+  }
+
+  void Done() {
+    ++done_;
+    if (progress_) progress_(done_, total_);
+  }
+
+ private:
+  const Progress& progress_;
+  size_t total_;
+  size_t done_ = 0;
+};
+
+void ApplyValues(const RegSection& section, ImportCounts& counts, Steps& steps) {
   const RegistryKey key = RegistryKey::Create(section.key);
   ++counts.keys_set;
+  steps.Done();
   for (const RegValueChange& change : section.values) {
     if (change.data) {
       key.SetValue(change.name, *change.data);
@@ -15,19 +35,22 @@ void ApplyValues(const RegSection& section, ImportCounts& counts) {
     } else if (key.DeleteValue(change.name)) {
       ++counts.values_deleted;
     }
+    steps.Done();
   }
 }
 
 }  // namespace
 
-ImportCounts ImportDocument(const RegDocument& document) {
+ImportCounts ImportDocument(const RegDocument& document, const Progress& progress) {
   ImportCounts counts;
+  Steps steps(document, progress);
   RegistryTransaction transaction;
   for (const RegSection& section : document) {
     if (section.deletes_key) {
       counts.keys_deleted += DeleteTree(section.key);
+      steps.Done();
     } else {
-      ApplyValues(section, counts);
+      ApplyValues(section, counts, steps);
     }
   }
   transaction.Commit();

@@ -1,6 +1,6 @@
 #include "moxel/reg_writer.h"
 
-#include "moxel/text.h"
+#include "moxel/ansi_text.h"
 
 namespace moxel::tool {
 namespace {

@@ -4,13 +4,14 @@
 #include <optional>
 #include <string>
 
+#include "moxel/ansi_text.h"
 #include "moxel/files.h"
 #include "moxel/output.h"
 #include "moxel/platform/registry_file.h"
+#include "moxel/progress_bar.h"
 #include "moxel/reg_reader.h"
 #include "moxel/reg_transfer.h"
 #include "moxel/registry_key.h"
-#include "moxel/text.h"
 #include "moxel/value_data.h"
 #include "moxel/verbs.h"
 
@@ -36,12 +37,17 @@ std::string ValueLabel(const KeyPath& key, const std::string& name) {
 
 // ---- import
 
+ImportCounts ImportFile(const std::string& bytes, const Console& console) {
+  ProgressBar bar(console);
+  return ImportDocument(ReadRegFile(bytes), [&bar](size_t done, size_t total) { bar.Show(done, total); });
+}
+
 void Import(const std::string& file, const Console& console) {
   const bool standard_input = file == "-";
   const std::string name = standard_input ? "<stdin>" : file;
   const std::string bytes = standard_input ? ReadStream(console.in, name) : ReadFile(file);
   try {
-    const ImportCounts counts = ImportDocument(ReadRegFile(bytes));
+    const ImportCounts counts = ImportFile(bytes, console);
     console.out << "keys: " << counts.keys_set << " set, " << counts.keys_deleted
                 << " deleted; values: " << counts.values_set << " set, " << counts.values_deleted
                 << " deleted\n";
@@ -207,8 +213,8 @@ void AddSet(CLI::App& group) {
           "put -- before data that begins with a dash and a letter")
       ->required();
   verb->add_option("-v,--value", options->name, kNameHelp)->type_name("NAME")->capture_default_str();
-  verb->add_option("-t,--type", options->type, std::string(kTypeNames))
-      ->type_name("TYPE")
+  verb->add_option("-t,--type", options->type, "Type of the data, in any letter case")
+      ->type_name('{' + std::string(kTypeNames) + '}')
       ->capture_default_str();
   verb->footer("Example:\n  moxel registry set Configuration -v Lang -t REG_DWORD 10000");
   verb->callback([options] { Set(*options); });

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "moxel/ansi_text.h"
 #include "moxel/platform/registry_file.h"
-#include "moxel/text.h"
 
 namespace moxel::tool {
 namespace {

@@ -34,8 +34,7 @@ void List(const Options& options, bool of_one_domain, const Console& console) {
        of_one_domain ? model.ScenariosOfDomain(model.Domain(options.domain)) : model.AllScenarios())
     scenarios.push_back(SummarizeScenario(placed));
   if (options.json) return PrintJson(scenarios, console);
-  PrintTable({{"NAME", "name"}, {"DOMAIN", "domain"}, {"STATE", "state"}, {"MODE", "mode"}}, scenarios,
-             console);
+  PrintTable({{"NAME", "name"}, {"DOMAIN", "domain"}, kStateColumn, {"MODE", "mode"}}, scenarios, console);
 }
 
 void Show(const Options& options, const Console& console) {
@@ -44,7 +43,7 @@ void Show(const Options& options, const Console& console) {
   if (options.json) return PrintJson(scenario, console);
   PrintFields({{"Scenario", "name"},
                {"Domain", "domain"},
-               {"State", "state"},
+               {"State", "state", StyleOfState},
                {"Mode", "mode"},
                {"Directory", "directory"},
                {"Socket", "useSocket"},
@@ -86,7 +85,7 @@ void AddList(CLI::App& group, Console& console) {
       AddVerb(group, "list", "List all scenarios, those of domains first", "list --domain Sales");
   auto options = std::make_shared<Options>();
   CLI::Option* domain =
-      verb->add_option("--domain", options->domain, "Only the scenarios of this domain")->type_name("NAME");
+      verb->add_option("--domain", options->domain, "Only the scenarios of this domain")->type_name("DOMAIN");
   verb->add_flag("--json", options->json, "Print the list as JSON");
   verb->callback([options, domain, &console] { List(*options, domain->count() > 0, console); });
 }

@@ -11,6 +11,11 @@ std::string Label(const char* what, const Json& object) {
   return std::string(what) + ' ' + Readable(object.at("name"));
 }
 
+Cell StateCell(const Json& object) {
+  const std::string state = Readable(object.at("state"));
+  return {state, StyleOfState(state)};
+}
+
 TreeNode UserNode(const Json& user) {
   return {Label("user", user) + ", permission " + Readable(user.at("permission")), {}};
 }
@@ -22,9 +27,7 @@ TreeNode VariableNode(const Json& variable) {
 
 TreeNode TaskNode(const Json& task) {
   const std::string place = Readable(task.at("position"));
-  return {
-      Label("task", task) + (place.empty() ? "" : ", number " + place) + ": " + Readable(task.at("state")),
-      {}};
+  return {Label("task", task) + (place.empty() ? "" : ", number " + place), {}, StateCell(task)};
 }
 
 void Append(std::vector<TreeNode>& nodes, const Json& objects, TreeNode (*node)(const Json&)) {
@@ -32,7 +35,7 @@ void Append(std::vector<TreeNode>& nodes, const Json& objects, TreeNode (*node)(
 }
 
 TreeNode ScenarioNode(const Json& scenario) {
-  TreeNode node{Label("scenario", scenario) + ": " + Readable(scenario.at("state")), {}};
+  TreeNode node{Label("scenario", scenario), {}, StateCell(scenario)};
   Append(node.children, scenario.at("users"), UserNode);
   Append(node.children, scenario.at("variables"), VariableNode);
   Append(node.children, scenario.at("tasks"), TaskNode);

@@ -94,7 +94,7 @@ void AddList(CLI::App& group, Console& console) {
 void AddCreate(CLI::App& group, Console& console) {
   CLI::App* verb = group.add_subcommand("create", "Create a user; asks for the password twice");
   auto options = std::make_shared<Options>();
-  AddName(verb, *options);
+  verb->add_option("NAME", options->name, "Name of the new user")->required();
   AddPermission(verb, *options)->required();
   verb->footer(kPasswordFooter + std::string("moxel user create carol --permission 1"));
   verb->callback([options, &console] { Create(*options, console); });

@@ -11,7 +11,7 @@ namespace moxel::tool {
 
 // "real" is what the product stores a real number as: the 8 bytes of a double under type REG_DWORD.
 inline constexpr std::string_view kTypeNames =
-    "REG_SZ, REG_DWORD, REG_EXPAND_SZ, REG_MULTI_SZ, REG_BINARY, REG_QWORD or real";
+    "REG_SZ,REG_DWORD,REG_EXPAND_SZ,REG_MULTI_SZ,REG_BINARY,REG_QWORD,real";
 
 // The data that a user writes as `argument` (UTF-8) under one of kTypeNames, letter case aside.
 // REG_MULTI_SZ: texts separated by \0; REG_BINARY: pairs of hexadecimal digits, blanks or commas between

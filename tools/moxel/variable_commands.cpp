@@ -72,8 +72,8 @@ CLI::App* AddVerb(CLI::App& group, const char* name, const char* help, const std
                   Options& options) {
   CLI::App* verb = group.add_subcommand(name, help);
   CLI::Option_group* owner = verb->add_option_group("Owner");
-  owner->add_option("--domain", options.domain, "Domain that owns the variable")->type_name("NAME");
-  owner->add_option("--scenario", options.scenario, "Scenario that owns the variable")->type_name("NAME");
+  owner->add_option("--domain", options.domain, "Domain that owns the variable")->type_name("DOMAIN");
+  owner->add_option("--scenario", options.scenario, "Scenario that owns the variable")->type_name("SCENARIO");
   owner->require_option(1);
   verb->footer(footer);
   return verb;
@@ -214,7 +214,7 @@ void AddWriters(CLI::App& group, Console& console) {
       group, "create", "Create a variable: by default an empty text that is reset with its owner",
       kPasswordFooter + std::string("moxel variable create --domain Sales Copies 3 --type number --init 1"),
       *options);
-  AddName(create, *options);
+  create->add_option("NAME", options->variable, "Name of the new variable")->required();
   AddContents(create, *options);
   create->callback([options, &console] { Create(*options, console); });
 

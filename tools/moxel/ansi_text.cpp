@@ -1,27 +1,11 @@
-#include "moxel/text.h"
+#include "moxel/ansi_text.h"
 
 #include <algorithm>
-#include <limits>
 
 namespace moxel::tool {
 namespace {
 
 constexpr UINT kAnsi = 1252;
-
-INT CheckedLength(size_t length) {
-  if (length > static_cast<size_t>(std::numeric_limits<INT>::max())) throw ToolError("text too long");
-  return static_cast<INT>(length);
-}
-
-std::u16string Widen(UINT code_page, std::string_view text) {
-  if (text.empty()) return {};
-  const INT length = CheckedLength(text.size());
-  std::u16string wide(text.size(), u'\0');  // no code page here needs more units than bytes
-  const INT count = MultiByteToWideChar(code_page, 0, text.data(), length, wide.data(), length);
-  if (count <= 0) throw ToolError("text cannot be converted to UTF-16");
-  wide.resize(static_cast<size_t>(count));
-  return wide;
-}
 
 bool IsSurrogatePair(std::u16string_view text, size_t at) {
   return (text[at] & 0xFC00) == 0xD800 && at + 1 < text.size() && (text[at + 1] & 0xFC00) == 0xDC00;
@@ -35,11 +19,9 @@ std::string HexDigits(std::uint32_t value, int digits) {
 }
 
 bool HasAnsiCode(std::u16string_view character) {
-  char buffer[8];
   BOOL replaced = 0;
-  const INT count = WideCharToMultiByte(kAnsi, 0, character.data(), static_cast<INT>(character.size()),
-                                        buffer, sizeof buffer, nullptr, &replaced);
-  return count > 0 && replaced == 0;
+  Narrow(kAnsi, character, &replaced);
+  return replaced == 0;
 }
 
 [[noreturn]] void ThrowForeignCharacter(std::u16string_view text) {
@@ -97,38 +79,22 @@ bool IsAscii(std::string_view text) {
   return std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
-std::u16string Utf16FromUtf8(std::string_view text) { return Widen(CP_UTF8, text); }
-
 std::u16string Utf16FromAnsi(std::string_view text) { return Widen(kAnsi, text); }
 
 std::string Utf8FromAnsi(std::string_view text) {
-  return IsAscii(text) ? std::string(text) : Utf8FromUtf16(Utf16FromAnsi(text));
-}
-
-std::string Utf8FromUtf16(std::u16string_view wide) {
-  if (wide.empty()) return {};
-  std::string narrow(3 * wide.size(), '\0');
-  const INT count = WideCharToMultiByte(CP_UTF8, 0, wide.data(), CheckedLength(wide.size()), narrow.data(),
-                                        CheckedLength(narrow.size()), nullptr, nullptr);
-  if (count <= 0) throw ToolError("text cannot be converted to UTF-8");
-  narrow.resize(static_cast<size_t>(count));
-  return narrow;
+  return IsAscii(text) ? std::string(text) : ToUtf8(Utf16FromAnsi(text));
 }
 
 std::string AnsiFromUtf16(std::u16string_view text) {
-  if (text.empty()) return {};
-  const INT length = CheckedLength(text.size());
-  std::string ansi(text.size(), '\0');
   BOOL replaced = 0;
-  const INT count =
-      WideCharToMultiByte(kAnsi, 0, text.data(), length, ansi.data(), length, nullptr, &replaced);
-  if (count != length || replaced != 0) ThrowForeignCharacter(text);
+  std::string ansi = Narrow(kAnsi, text, &replaced);
+  if (ansi.size() != text.size() || replaced != 0) ThrowForeignCharacter(text);
   return ansi;
 }
 
 std::string AnsiFromUtf8(std::string_view text) {
   if (!IsUtf8(text)) throw CodePageError("text is not valid UTF-8");
-  return AnsiFromUtf16(Utf16FromUtf8(text));
+  return AnsiFromUtf16(FromUtf8(text));
 }
 
 std::string PrintableFromAnsi(std::string_view text) {

@@ -1,11 +1,12 @@
 // Texts on their way between the terminal or a file (UTF-8, UTF-16) and the registry, which holds bytes of
-// code page 1252 ("ANSI" below).
+// code page 1252 ("ANSI" below). Between UTF-8 and UTF-16: moxel/text.h.
 #pragma once
 
 #include <string>
 #include <string_view>
 
 #include "moxel/error.h"
+#include "moxel/text.h"
 
 namespace moxel::tool {
 
@@ -19,9 +20,6 @@ class CodePageError : public ToolError {
 bool IsUtf8(std::string_view text);
 bool IsAscii(std::string_view text);
 
-// `text` is well-formed UTF-8.
-std::u16string Utf16FromUtf8(std::string_view text);
-std::string Utf8FromUtf16(std::u16string_view text);
 std::u16string Utf16FromAnsi(std::string_view text);
 std::string Utf8FromAnsi(std::string_view text);
 
