@@ -5,6 +5,9 @@
 namespace moxel::platform {
 namespace {
 
+// Reading on ends behind this many bytes.
+constexpr std::size_t kReadOnLimit = 1 << 14;
+
 // What the algorithm below needs to know of each kind of list. Columns of a row: version, place, then the
 // entry.
 struct Subkeys {
@@ -12,6 +15,7 @@ struct Subkeys {
   using Entry = SubkeyEntry;
   static constexpr Sql kNext = Sql::kNextSubkey;
   static constexpr Sql kPrevious = Sql::kPreviousSubkey;
+  static constexpr Sql kFollowing = Sql::kFollowingSubkeys;
   static std::int64_t ListOf(KeyId key) { return 2 * key; }
   static Place ReadPlace(const Statement& row, int column) { return Place(row.Text(column)); }
   static Entry ReadEntry(const Statement& row) { return {std::string(row.Text(2))}; }
@@ -22,6 +26,7 @@ struct Values {
   using Entry = ValueEntry;
   static constexpr Sql kNext = Sql::kNextValue;
   static constexpr Sql kPrevious = Sql::kPreviousValue;
+  static constexpr Sql kFollowing = Sql::kFollowingValues;
   static std::int64_t ListOf(KeyId key) { return 2 * key + 1; }
   static Place ReadPlace(const Statement& row, int column) { return row.Integer(column); }
   static Entry ReadEntry(const Statement& row) {
@@ -75,8 +80,8 @@ bool Exists(Connection& connection, KeyId key) {
 }
 
 template <class List>
-std::optional<typename List::Entry> EntryAt(Connection& connection, KeyId key, std::int64_t index,
-                                            Position<typename List::Place>& position) {
+std::optional<typename List::Entry> Find(Connection& connection, KeyId key, std::int64_t index,
+                                         Position<typename List::Place>& position) {
   if (auto entry = Step<List>(connection, key, index, position)) return entry;
   Transaction snapshot(connection, Transaction::Kind::kRead);
   if (!Exists(connection, key)) throw RegistryFailure(ERROR_KEY_DELETED);
@@ -86,16 +91,39 @@ std::optional<typename List::Entry> EntryAt(Connection& connection, KeyId key, s
   return entry;
 }
 
-}  // namespace
-
-std::optional<SubkeyEntry> SubkeyAt(Connection& connection, KeyId key, std::int64_t index,
-                                    SubkeyPosition& position) {
-  return EntryAt<Subkeys>(connection, key, index, position);
+template <class List>
+void ReadFollowing(Connection& connection, KeyId key, std::size_t count,
+                   Position<typename List::Place>& position, std::vector<typename List::Entry>& entries) {
+  const std::size_t end = entries.size() + count;
+  Query query(connection.Get(List::kFollowing));
+  query->Bind(1, key).Bind(2, position.place).Bind(3, static_cast<std::int64_t>(count));
+  for (std::size_t size = 0; size < kReadOnLimit && entries.size() < end && query->Step();) {
+    position.place = List::ReadPlace(*query, 1);
+    ++position.rank;
+    size += entries.emplace_back(List::ReadEntry(*query)).size();
+  }
 }
 
-std::optional<ValueEntry> ValueAt(Connection& connection, KeyId key, std::int64_t index,
+}  // namespace
+
+std::optional<SubkeyEntry> EntryAt(Connection& connection, KeyId key, std::int64_t index,
+                                   SubkeyPosition& position) {
+  return Find<Subkeys>(connection, key, index, position);
+}
+
+std::optional<ValueEntry> EntryAt(Connection& connection, KeyId key, std::int64_t index,
                                   ValuePosition& position) {
-  return EntryAt<Values>(connection, key, index, position);
+  return Find<Values>(connection, key, index, position);
+}
+
+void ReadOn(Connection& connection, KeyId key, std::size_t count, SubkeyPosition& position,
+            std::vector<SubkeyEntry>& entries) {
+  ReadFollowing<Subkeys>(connection, key, count, position, entries);
+}
+
+void ReadOn(Connection& connection, KeyId key, std::size_t count, ValuePosition& position,
+            std::vector<ValueEntry>& entries) {
+  ReadFollowing<Values>(connection, key, count, position, entries);
 }
 
 }  // namespace moxel::platform

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "moxel/platform.h"
 #include "platform/registry/connection.h"
@@ -26,19 +27,28 @@ using ValuePosition = Position<std::int64_t>;  // place: ordinal
 
 struct SubkeyEntry {
   std::string name;  // UTF-8
+  std::size_t size() const { return name.size(); }
 };
 
 struct ValueEntry {
   std::string name;  // UTF-8
   DWORD type = 0;
   std::string data;
+  std::size_t size() const { return name.size() + data.size(); }
 };
 
 // The entry at a zero-based index, or nothing past the end; the position moves there.
 // RegistryFailure ERROR_KEY_DELETED when the key is gone.
-std::optional<SubkeyEntry> SubkeyAt(Connection& connection, KeyId key, std::int64_t index,
-                                    SubkeyPosition& position);
-std::optional<ValueEntry> ValueAt(Connection& connection, KeyId key, std::int64_t index,
+std::optional<SubkeyEntry> EntryAt(Connection& connection, KeyId key, std::int64_t index,
+                                   SubkeyPosition& position);
+std::optional<ValueEntry> EntryAt(Connection& connection, KeyId key, std::int64_t index,
                                   ValuePosition& position);
+
+// Appends at most `count` entries behind the position, which moves with them. Right only while the list is as
+// the position knows it. Stops early behind much data.
+void ReadOn(Connection& connection, KeyId key, std::size_t count, SubkeyPosition& position,
+            std::vector<SubkeyEntry>& entries);
+void ReadOn(Connection& connection, KeyId key, std::size_t count, ValuePosition& position,
+            std::vector<ValueEntry>& entries);
 
 }  // namespace moxel::platform

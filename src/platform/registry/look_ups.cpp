@@ -1,5 +1,7 @@
 #include "platform/registry/look_ups.h"
 
+#include <algorithm>
+
 namespace moxel::platform {
 namespace {
 
@@ -7,24 +9,32 @@ namespace {
 constexpr std::size_t kMaxKept = 1 << 20;
 constexpr std::size_t kMaxEntry = 4096;
 
+// An enumeration that goes on from page to page doubles them up to this many entries.
+constexpr std::size_t kMaxPage = 64;
+
 constexpr std::size_t kEntryOverhead = 96;  // of the tables themselves
 
 }  // namespace
 
 LookUps::LookUps(Connection& connection) : connection_(connection), marks_(connection.change_marks()) {}
 
+bool LookUps::MayKeep() {
+  // What a transaction has changed shows in no mark yet.
+  const std::optional<ChangeMark> now = connection_.in_transaction() ? std::nullopt : marks_.Read();
+  if (now != mark_ || size_ > kMaxKept) Forget();
+  mark_ = now;
+  return now.has_value();
+}
+
 template <class Name, class Answer, class View, class Ask>
 const Answer& LookUps::Find(Table<Name, Answer>& table, const View& name, Ask ask) {
-  // What a transaction has changed shows in no mark yet.
-  const std::optional<ChangeMark> before = connection_.in_transaction() ? std::nullopt : marks_.Read();
-  if (before != mark_ || size_ > kMaxKept) Forget();
-  mark_ = before;
-  if (before)
+  const bool may_keep = MayKeep();
+  if (may_keep)
     if (auto found = table.kept.find(name); found != table.kept.end()) return found->second;
   Answer answer = ask();
   // Only what no change came between belongs to the mark.
   const std::size_t size = kEntryOverhead + SizeOf(name) + SizeOf(answer);
-  if (!before || size > kMaxEntry || marks_.Read() != before) return table.passing = std::move(answer);
+  if (!may_keep || size > kMaxEntry || marks_.Read() != mark_) return table.passing = std::move(answer);
   size_ += size;
   return table.kept.emplace(Name(name), std::move(answer)).first->second;
 }
@@ -33,6 +43,8 @@ void LookUps::Forget() {
   keys_.kept.clear();
   paths_.kept.clear();
   values_.kept.clear();
+  subkeys_.clear();
+  list_values_.clear();
   size_ = 0;
 }
 
@@ -61,5 +73,45 @@ const std::optional<StoredValue>& LookUps::FindValue(KeyId key, std::string_view
     return StoredValue{static_cast<DWORD>(query->Integer(0)), std::string(query->Text(1))};
   });
 }
+
+template <class Entry>
+std::optional<const Entry*> LookUps::KnownEntryAt(KeyId key, std::int64_t index) {
+  if (!MayKeep()) return std::nullopt;
+  auto found = PagesOf<Entry>().find(key);
+  if (found == PagesOf<Entry>().end()) return std::nullopt;
+  const Page<Entry>& page = found->second;
+  const auto count = static_cast<std::int64_t>(page.entries.size());
+  if (index >= page.first && index < page.first + count)
+    return &page.entries[static_cast<std::size_t>(index - page.first)];
+  return page.ends && index >= page.first + count ? std::optional(nullptr) : std::nullopt;
+}
+
+template <class Entry, class Position>
+const Entry* LookUps::EntryAt(KeyId key, std::int64_t index, Position& position) {
+  const bool may_keep = MayKeep();
+  Page<Entry>& page = PagesOf<Entry>()[key];
+  const auto behind = page.first + static_cast<std::int64_t>(page.entries.size());
+  const std::size_t wanted =
+      may_keep && index == behind ? std::min(2 * page.entries.size(), kMaxPage) : std::size_t{1};
+  page = {index, {}, false};
+  auto entry = platform::EntryAt(connection_, key, index, position);
+  if (entry) page.entries.push_back(std::move(*entry));
+  Position ahead = position;
+  if (wanted > 1 && entry) ReadOn(connection_, key, wanted - 1, ahead, page.entries);
+  if (may_keep && marks_.Read() == mark_) {
+    position = ahead;
+    page.ends = page.entries.empty();
+    size_ += kEntryOverhead;
+    for (const Entry& each : page.entries) size_ += kEntryOverhead + each.size();
+  } else if (entry) {
+    page.entries.resize(1);
+  }
+  return page.entries.empty() ? nullptr : page.entries.data();
+}
+
+template std::optional<const SubkeyEntry*> LookUps::KnownEntryAt(KeyId, std::int64_t);
+template std::optional<const ValueEntry*> LookUps::KnownEntryAt(KeyId, std::int64_t);
+template const SubkeyEntry* LookUps::EntryAt(KeyId, std::int64_t, SubkeyPosition&);
+template const ValueEntry* LookUps::EntryAt(KeyId, std::int64_t, ValuePosition&);
 
 }  // namespace moxel::platform

@@ -1,6 +1,7 @@
 // Finding keys and values in the file, and keeping what was found for as long as the file does not change.
 #pragma once
 
+#include <concepts>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -8,10 +9,12 @@
 #include <string_view>
 #include <unordered_map>
 #include <utility>
+#include <vector>
 
 #include "moxel/platform.h"
 #include "platform/registry/change_mark.h"
 #include "platform/registry/connection.h"
+#include "platform/registry/enumeration.h"
 
 namespace moxel::platform {
 
@@ -30,6 +33,14 @@ class LookUps {
   // The folded path; nothing for a key that was deleted.
   const std::optional<std::string>& PathOf(KeyId key);
   const std::optional<StoredValue>& FindValue(KeyId key, std::string_view folded_name);
+
+  // The entry of a list at an index, null past its end; the position moves at least there. Who goes from
+  // entry to entry finds ever more of them read ahead.
+  template <class Entry, class Position>
+  const Entry* EntryAt(KeyId key, std::int64_t index, Position& position);
+  // What EntryAt would answer, where it is known already.
+  template <class Entry>
+  std::optional<const Entry*> KnownEntryAt(KeyId key, std::int64_t index);
 
  private:
   struct ValueName {
@@ -71,6 +82,26 @@ class LookUps {
     Answer passing{};  // one that could not be kept
   };
 
+  // A stretch of a list.
+  template <class Entry>
+  struct Page {
+    std::int64_t first = 0;
+    std::vector<Entry> entries;
+    bool ends = false;  // the list ends behind it
+  };
+  template <class Entry>
+  using Pages = std::unordered_map<KeyId, Page<Entry>>;
+
+  template <class Entry>
+  Pages<Entry>& PagesOf() {
+    if constexpr (std::same_as<Entry, SubkeyEntry>)
+      return subkeys_;
+    else
+      return list_values_;
+  }
+
+  // Whether what is read now may be kept: forgets what is kept when the file has changed since.
+  bool MayKeep();
   // What the table keeps under a name, else what `ask` finds in the file.
   template <class Name, class Answer, class View, class Ask>
   const Answer& Find(Table<Name, Answer>& table, const View& name, Ask ask);
@@ -91,6 +122,8 @@ class LookUps {
   Table<std::string, KeyId> keys_;
   Table<KeyId, std::optional<std::string>> paths_;
   Table<ValueName, std::optional<StoredValue>> values_;
+  Pages<SubkeyEntry> subkeys_;
+  Pages<ValueEntry> list_values_;
 };
 
 }  // namespace moxel::platform

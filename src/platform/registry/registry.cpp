@@ -191,6 +191,19 @@ LSTATUS SetValue(HKEY handle, LPCSTR value_name, DWORD type, const BYTE* data, D
   return connection.changes() == 1 ? ERROR_SUCCESS : ERROR_KEY_DELETED;
 }
 
+// The entry of a list, null past its end; valid until the next look-up.
+template <class Entry, class Position>
+const Entry* EntryAt(Connection& connection, HKEY handle, KeyId key, DWORD index,
+                     Position Positions::*which) {
+  LookUps& look_ups = connection.look_ups();
+  if (auto known = look_ups.KnownEntryAt<Entry>(key, index)) return *known;
+  HandleTable& handles = HandleTable::Instance();
+  Positions positions = handles.GetPositions(handle, connection.path(), key);
+  const Entry* entry = look_ups.EntryAt<Entry>(key, index, positions.*which);
+  handles.SetPositions(handle, positions);
+  return entry;
+}
+
 LSTATUS EnumKey(HKEY handle, DWORD index, LPSTR name, DWORD* name_length, LPSTR class_name,
                 DWORD* class_length, FILETIME* written) {
   if (!name || !name_length) return ERROR_INVALID_PARAMETER;
@@ -199,10 +212,7 @@ LSTATUS EnumKey(HKEY handle, DWORD index, LPSTR name, DWORD* name_length, LPSTR 
   Connection* connection = lease.ForReading();
   KeyId key = KeyOf(connection, handle);
   if (!connection || key == 0) return ERROR_NO_MORE_ITEMS;
-  HandleTable& handles = HandleTable::Instance();
-  Positions positions = handles.GetPositions(handle, connection->path(), key);
-  auto entry = SubkeyAt(*connection, key, index, positions.subkeys);
-  handles.SetPositions(handle, positions);
+  const auto* entry = EntryAt<SubkeyEntry>(*connection, handle, key, index, &Positions::subkeys);
   if (!entry) return ERROR_NO_MORE_ITEMS;
   LSTATUS result = CopyName(entry->name, name, name_length);
   if (result != ERROR_SUCCESS) return result;
@@ -221,10 +231,7 @@ LSTATUS EnumValue(HKEY handle, DWORD index, LPSTR name, DWORD* name_length, DWOR
   Connection* connection = lease.ForReading();
   KeyId key = KeyOf(connection, handle);
   if (!connection || key == 0) return ERROR_NO_MORE_ITEMS;
-  HandleTable& handles = HandleTable::Instance();
-  Positions positions = handles.GetPositions(handle, connection->path(), key);
-  auto entry = ValueAt(*connection, key, index, positions.values);
-  handles.SetPositions(handle, positions);
+  const auto* entry = EntryAt<ValueEntry>(*connection, handle, key, index, &Positions::values);
   if (!entry) return ERROR_NO_MORE_ITEMS;
   if (type) *type = entry->type;
   LSTATUS name_result = CopyName(entry->name, name, name_length);

@@ -84,6 +84,11 @@ const char* TextOf(Sql sql) {
       return "SELECT (SELECT max(seq) FROM changes WHERE list = 2 * ?1 + 1), ordinal, name, type, data FROM "
              "vals"
              " WHERE key = ?1 AND ordinal <= ?2 ORDER BY ordinal DESC LIMIT 1 OFFSET ?3";
+    case Sql::kFollowingSubkeys:
+      return "SELECT NULL, path, name FROM keys WHERE parent = ?1 AND path > ?2 ORDER BY path LIMIT ?3";
+    case Sql::kFollowingValues:
+      return "SELECT NULL, ordinal, name, type, data FROM vals WHERE key = ?1 AND ordinal > ?2"
+             " ORDER BY ordinal LIMIT ?3";
   }
   return nullptr;
 }

@@ -43,8 +43,10 @@ enum class Sql {
   kPreviousSubkey,
   kNextValue,
   kPreviousValue,
+  kFollowingSubkeys,
+  kFollowingValues,
 };
-inline constexpr std::size_t kSqlCount = 14;
+inline constexpr std::size_t kSqlCount = 16;
 
 const char* TextOf(Sql sql);
 
