@@ -122,7 +122,7 @@ struct _Scenario : IDispatch {
   virtual HRESULT putref_Utilisateurs(_Utilisateurs* value) = 0;
 };
 
-// Scenarios of the product or of one domain.
+// The scenarios of one domain, or those of no known domain.
 struct _Scenarios : IDispatch {
   static constexpr IID iid = IID__Scenarios;
   virtual HRESULT raw_DeleteScenario(_Scenario** wScenario, SHORT wForce, SHORT* result) = 0;

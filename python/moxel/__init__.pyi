@@ -101,7 +101,7 @@ class lMXScenarioError(enum.IntEnum):
     ContainElement = 1702
 
 class MXVariableType(enum.IntEnum):
-    """The kind of a variable, for clients of their own; members take and give the text "V" or "C"."""
+    """The kind of a variable, published for clients; members take and give the text "V" or "C"."""
     Constant = 0
     Variable = 1
 
@@ -136,12 +136,12 @@ class MXScenarioModeInit(enum.IntEnum):
     AfterError = 2
 
 class Root(Object):
-    """The entry to all users, all domains and the scenarios of no domain, each loaded at its first
+    """The entry to all users, all domains and the scenarios of no known domain, each loaded at its first
     reading."""
     Utilisateurs: _Replaceable[moxel.Utilisateurs]
     """All users. Put no object to load them afresh at the next reading."""
     Scenarios: _Replaceable[moxel.Scenarios]
-    """The scenarios that belong to no domain. Put no object to load them afresh."""
+    """The scenarios that name no known domain. Put no object to load them afresh."""
     Domaines: _Replaceable[moxel.Domaines]
     """All domains. Put no object to load them afresh."""
 
@@ -152,12 +152,13 @@ class RootVar(Object):
         there is none."""
 
 class Domaines(KeyedCollection[moxel.Domaine]):
-    """All domains, in the order of their names."""
+    """All domains: those loaded in the order of their names, then those added."""
     def Add(self, wDomaine: Optional[moxel.Domaine]) -> None:
         """Appends a domain in memory, under its key."""
     def DeleteDomain(self, wDomaine: Optional[moxel.Domaine], wForce: int) -> int:
         """Deletes a domain from the configuration; with wForce also its variables and scenarios, without
-        which it must be empty. The collection in memory stays as it is."""
+        which it must be empty. A domain that could not be deleted leaves the collection, one that was deleted
+        stays in it."""
     def NewDomain(self, wDom: str, wComment: moxel.Value) -> moxel.Domaine:
         """Creates a domain with a comment, in the configuration and here."""
     def Item(self, vntIndexKey: moxel.Value) -> moxel.Domaine:
@@ -173,7 +174,7 @@ class Domaine(Object):
     key: str
     """Name of the domain. Putting it changes nothing in the configuration."""
     def Initialize(self, wWithOutDomVar: int, wWithOutScenVar: int) -> int:
-        """Resets the run states of the domain and its scenarios; exactly 1 for a flag gives the variables of
+        """Resets the domain and the run states of its scenarios; exactly 1 for a flag gives the variables of
         the domain, or those of its scenarios, their initial values."""
     @property
     def Comment(self) -> Any:
@@ -186,10 +187,10 @@ class Domaine(Object):
     """Scenarios of the domain. Put no object to load them afresh."""
 
 class Scenarios(KeyedCollection[moxel.Scenario]):
-    """Scenarios of the product or of one domain."""
+    """The scenarios of one domain, or those of no known domain."""
     def DeleteScenario(self, wScenario: Optional[moxel.Scenario], wForce: int) -> int:
-        """Deletes a scenario from the configuration; without wForce it must have no variables and no
-        tasks."""
+        """Deletes a scenario from the configuration; without wForce it must have no variables and no tasks.
+        One that could not be deleted leaves the collection, one that was deleted stays in it."""
     def Item(self, vntIndexKey: moxel.Value) -> moxel.Scenario:
         """The element at a position, counted from 1, or under a key."""
     @property
@@ -248,7 +249,8 @@ class Traitement(Object):
     key: str
     """Name of the task. Putting it changes nothing in the configuration."""
     def Initialize(self, wScenarioName: moxel.Value, wState: int) -> int:
-        """Writes the run state wState (MXTraitementState) of the task in the scenario wScenarioName."""
+        """Writes the run state of the task in the scenario wScenarioName: 0 not processed, 2 processed or 4
+        retry; any other wState writes nothing."""
     @property
     def TypeTask(self) -> int:
         """Type code, as stored."""
@@ -262,7 +264,7 @@ class Traitement(Object):
         """Date of the last run, as stored."""
     @property
     def StatusAct(self) -> Any:
-        """Texts of the actions that follow the task."""
+        """Statuses of the actions OnErr, OnDec, ExeIf and Goto in one text, a blank for none."""
     @property
     def Source(self) -> Any:
         """Name of the scenario that the task belongs to."""
@@ -363,9 +365,9 @@ class Variable(Object):
     ) -> int:
         """The same for the owner that wDomScen names, where it is given."""
     def Initialize(self, wObj: Optional[moxel.Object]) -> int:
-        """Gives a variable its initial value, and writes it for the owner wObj."""
+        """Gives a variable, but no constant, its initial value, and writes it for the owner wObj."""
     def Initialize1(self, wKey: moxel.Value) -> int:
-        """The same for the registry key wKey."""
+        """The same for the owner at the registry path wKey, such as Domain\\Sales."""
     @property
     def VarType(self) -> Any:
         """Kind: "V" a variable, "C" a constant."""

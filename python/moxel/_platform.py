@@ -18,7 +18,7 @@ def _candidates() -> list[str]:
     if chosen:
         return [chosen]
     built = Path(__file__).resolve().parents[2] / "build" / "release" / "lib" / "libmoxel.so"
-    return ([str(built)] if built.exists() else []) + ["libmoxel.so.1", "libmoxel.so"]
+    return ([str(built)] if built.exists() else []) + ["libmoxel.so"]
 
 
 def _load() -> ctypes.CDLL:

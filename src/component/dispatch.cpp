@@ -51,8 +51,10 @@ class ArgumentList {
     for (UINT i = 0; i < positional; ++i) places_[i] = given_.cArgs - 1 - i;
     for (UINT i = 0; i < given_.cNamedArgs; ++i) {
       std::optional<std::size_t> place = PlaceOf(given_.rgdispidNamedArgs[i]);
-      bad_argument = i;
-      if (!place || places_[*place] != kOmitted) return DISP_E_PARAMNOTFOUND;
+      if (!place || places_[*place] != kOmitted) {
+        bad_argument = i;
+        return DISP_E_PARAMNOTFOUND;
+      }
       places_[*place] = i;
     }
     return Complete(bad_argument);
@@ -74,11 +76,18 @@ class ArgumentList {
     return static_cast<std::size_t>(named);
   }
 
+  std::size_t RequiredCount() const {
+    return static_cast<std::size_t>(
+        std::ranges::count_if(member_.parameters, [](const Parameter& each) { return !each.optional; }));
+  }
+
   HRESULT Complete(UINT& bad_argument) {
     for (std::size_t place = 0; place < places_.size(); ++place) {
       const Parameter& parameter = member_.parameters[place];
       if (places_[place] == kOmitted) {
-        if (!parameter.optional) return DISP_E_BADPARAMCOUNT;
+        // Too few arguments, or enough of them but not for this one.
+        if (!parameter.optional)
+          return given_.cArgs < RequiredCount() ? DISP_E_BADPARAMCOUNT : DISP_E_PARAMNOTOPTIONAL;
         values_.push_back(&MissingArgument());
         continue;
       }
@@ -102,6 +111,9 @@ class ArgumentList {
 HRESULT PlatformCode(const AutomationError& error) {
   return error.number() == AutomationError::Overflow().number() ? DISP_E_OVERFLOW : DISP_E_TYPEMISMATCH;
 }
+
+// No argument is to blame.
+constexpr UINT kNoArgument = ~UINT{0};
 
 // Moves what a failing member left in the thread's error info into the caller's record as well.
 HRESULT Describe(HRESULT failure, EXCEPINFO* exception) {
@@ -166,8 +178,9 @@ HRESULT FindIds(const ClassInfo& info, REFIID reserved, LPOLESTR* names, UINT co
   HRESULT status = S_OK;
   for (UINT i = 1; i < count; ++i) {
     auto parameter =
-        std::find_if(member->parameters.begin(), member->parameters.end(),
-                     [&](const Parameter& each) { return names[i] && SameName(each.name, names[i]); });
+        std::find_if(member->parameters.begin(), member->parameters.end(), [&](const Parameter& each) {
+          return names[i] && !each.name.empty() && SameName(each.name, names[i]);
+        });
     if (parameter != member->parameters.end())
       ids[i] = static_cast<DISPID>(parameter - member->parameters.begin());
     else
@@ -184,7 +197,7 @@ HRESULT Invoke(const ClassInfo& info, IDispatch* object, DISPID id, REFIID reser
   if (exception) *exception = {};
   const Member* member = ChooseMember(info, id, flags);
   if (!member) return DISP_E_MEMBERNOTFOUND;
-  UINT bad_index = 0;
+  UINT bad_index = kNoArgument;
   Variant answer;
   bool for_default_member = member->kind == MemberKind::kGet && member->parameters.empty() &&
                             parameters->cArgs > 0 && member->result.tag == VT_DISPATCH;
@@ -192,7 +205,7 @@ HRESULT Invoke(const ClassInfo& info, IDispatch* object, DISPID id, REFIID reser
     HRESULT status = for_default_member
                          ? CallDefaultMember(*member, object, *parameters, &answer, exception, bad_index)
                          : CallMember(*member, object, *parameters, &answer, exception, bad_index);
-    if (FAILED(status) && bad_argument) *bad_argument = bad_index;
+    if (FAILED(status) && bad_argument && bad_index != kNoArgument) *bad_argument = bad_index;
     if (SUCCEEDED(status) && result) *result = answer.Detach();
     return status;
   } catch (const std::bad_alloc&) {

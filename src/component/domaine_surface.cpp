@@ -21,7 +21,7 @@ const ClassInfo& DomaineInfo() {
           Put<&I::put_key>(u"key", 0x40030000),
           Function<&I::raw_Initialize>(
               u"Initialize", 0x60030003, {{u"wWithOutDomVar"}, {u"wWithOutScenVar"}},
-              {u"Resets the run states of the domain and its scenarios; exactly 1 for a flag gives the "
+              {u"Resets the domain and the run states of its scenarios; exactly 1 for a flag gives the "
                u"variables of the domain, or those of its scenarios, their initial values."}),
           Get<&I::get_Comment>(u"Comment", 0x68030002, {}, {u"Comment on the domain."}),
           Function<&I::raw_Update>(u"Update", 0x60030004, {{u"wComment"}}, {u"Writes a new comment."}),

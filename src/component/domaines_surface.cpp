@@ -13,14 +13,15 @@ const ClassInfo& DomainesInfo() {
       u"_Domaines",
       &CLSID_Domaines,
       &IID__Domaines,
-      u"All domains, in the order of their names.",
+      u"All domains: those loaded in the order of their names, then those added.",
       {
           Method<&I::raw_Add>(u"Add", 0x60030001, {{u"wDomaine"}},
                               {u"Appends a domain in memory, under its key."}),
           Function<&I::raw_DeleteDomain>(
               u"DeleteDomain", 0x60030002, {{u"wDomaine"}, {u"wForce"}},
               {u"Deletes a domain from the configuration; with wForce also its variables and scenarios, "
-               u"without which it must be empty. The collection in memory stays as it is."}),
+               u"without which it must be empty. A domain that could not be deleted leaves the collection, "
+               u"one that was deleted stays in it."}),
           Function<&I::raw_NewDomain>(u"NewDomain", 0x60030003, {{u"wDom"}, {u"wComment"}},
                                       {u"Creates a domain with a comment, in the configuration and here."}),
           ItemMember<I>(),

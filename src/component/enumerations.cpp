@@ -63,7 +63,7 @@ std::span<const EnumerationInfo> Enumerations() {
         {u"lMXScenarioError_ScenarioRequired", lMXScenarioError_ScenarioRequired},
         {u"lMXScenarioError_ContainElement", lMXScenarioError_ContainElement}}},
       {u"MXVariableType",
-       u"The kind of a variable, for clients of their own; members take and give the text \"V\" or \"C\".",
+       u"The kind of a variable, published for clients; members take and give the text \"V\" or \"C\".",
        {{u"MXVariableType_Constant", MXVariableType_Constant},
         {u"MXVariableType_Variable", MXVariableType_Variable}}},
       {u"MXVariableDataType",

@@ -81,24 +81,26 @@ struct Wire<Interface*> {
 template <class T>
 class Argument {
  public:
-  explicit Argument(const Variant& given) : value_(Wire<T>::From(given)), passed_(value_) {}
-  Argument(Argument&& other) noexcept : value_(std::exchange(other.value_, T{})), passed_(other.passed_) {}
+  explicit Argument(const Variant& given) : value_(Wire<T>::From(given)) {}
+  Argument(Argument&& other) noexcept : value_(std::exchange(other.value_, T{})) {}
   Argument& operator=(Argument&&) = delete;
   ~Argument() { Take(); }
 
   T& get() { return value_; }
-  bool IsChanged() const {
-    if constexpr (std::same_as<T, VARIANT>)
-      return value_.vt != passed_.vt || value_.llVal != passed_.llVal;
-    else
-      return value_ != passed_;
-  }
   Variant Take() { return Wire<T>::Take(std::exchange(value_, T{})); }
 
  private:
   T value_;
-  const T passed_;  // to compare with; what it held may be gone
 };
+
+template <class T>
+bool SameContent(T a, T b) {
+  return a == b;
+}
+inline bool SameContent(BSTR a, BSTR b) { return ViewOf(a) == ViewOf(b); }
+inline bool SameContent(const VARIANT& a, const VARIANT& b) {
+  return a.vt == b.vt && (a.vt == VT_BSTR ? ViewOf(a.bstrVal) == ViewOf(b.bstrVal) : a.llVal == b.llVal);
+}
 
 // A slot's parameter type apart into what it is and whether it is by reference. Interface pointers are
 // values.
@@ -185,7 +187,9 @@ struct Caller {
   template <std::size_t kAt>
   static void GiveBack(Holder<kAt>& holder, const VARIANT& argument, std::size_t& bad_argument) {
     if constexpr (Passing<At<kAt>>::kByReference) {
-      if (!holder.IsChanged()) return;
+      if (!(argument.vt & VT_BYREF)) return;
+      Holder<kAt> passed(Incoming(argument).value());
+      if (SameContent(holder.get(), passed.get())) return;
       bad_argument = kAt;
       WriteBack(argument, holder.Take());
     }

@@ -14,7 +14,7 @@ const ClassInfo& RootInfo() {
       u"_Root",
       &CLSID_Root,
       &IID__Root,
-      u"The entry to all users, all domains and the scenarios of no domain, each loaded at its first "
+      u"The entry to all users, all domains and the scenarios of no known domain, each loaded at its first "
       u"reading.",
       {
           Get<&I::get_Utilisateurs>(u"Utilisateurs", 0x68030002, {},
@@ -22,7 +22,7 @@ const ClassInfo& RootInfo() {
           PutRef<&I::putref_Utilisateurs>(u"Utilisateurs", 0x68030002),
           Get<&I::get_Scenarios>(
               u"Scenarios", 0x68030001, {},
-              {u"The scenarios that belong to no domain. Put no object to load them afresh."}),
+              {u"The scenarios that name no known domain. Put no object to load them afresh."}),
           PutRef<&I::putref_Scenarios>(u"Scenarios", 0x68030001),
           Get<&I::get_Domaines>(u"Domaines", 0x68030000, {},
                                 {u"All domains. Put no object to load them afresh."}),

@@ -13,11 +13,13 @@ const ClassInfo& ScenariosInfo() {
       u"_Scenarios",
       &CLSID_Scenarios,
       &IID__Scenarios,
-      u"Scenarios of the product or of one domain.",
+      u"The scenarios of one domain, or those of no known domain.",
       {
-          Function<&I::raw_DeleteScenario>(u"DeleteScenario", 0x60030001, {{u"wScenario"}, {u"wForce"}},
-                                           {u"Deletes a scenario from the configuration; without wForce it "
-                                            u"must have no variables and no tasks."}),
+          Function<&I::raw_DeleteScenario>(
+              u"DeleteScenario", 0x60030001, {{u"wScenario"}, {u"wForce"}},
+              {u"Deletes a scenario from the configuration; without wForce it must have no variables and no "
+               u"tasks. One that could not be deleted leaves the collection, one that was deleted stays in "
+               u"it."}),
           Method<&I::raw_Add>(u"Add", 0x60030002, {{u"wScen"}},
                               {u"Appends a scenario in memory, under its key.", true}),
           ItemMember<I>(),

@@ -19,17 +19,19 @@ const ClassInfo& TraitementInfo() {
           Get<&I::get_key>(u"key", 0x40030000, {},
                            {u"Name of the task. Putting it changes nothing in the configuration."}),
           Put<&I::put_key>(u"key", 0x40030000),
-          Function<&I::raw_Initialize>(u"Initialize", 0x60030006, {{u"wScenarioName"}, {u"wState"}},
-                                       {u"Writes the run state wState (MXTraitementState) of the task in the "
-                                        u"scenario wScenarioName."}),
+          Function<&I::raw_Initialize>(
+              u"Initialize", 0x60030006, {{u"wScenarioName"}, {u"wState"}},
+              {u"Writes the run state of the task in the scenario wScenarioName: 0 not processed, 2 "
+               u"processed or 4 retry; any other wState writes nothing."}),
           Get<&I::get_TypeTask>(u"TypeTask", 0x68030005, {}, {u"Type code, as stored."}),
           Get<&I::get_State>(u"State", 0x68030004, {},
                              {u"Run state (MXTraitementState), read at every call."}),
           Get<&I::get_Selected>(u"Selected", 0x68030003, {}, {u"Mark of the task, kept in memory only."}),
           Put<&I::put_Selected>(u"Selected", 0x68030003),
           Get<&I::get_LastExe>(u"LastExe", 0x68030002, {}, {u"Date of the last run, as stored."}),
-          Get<&I::get_StatusAct>(u"StatusAct", 0x68030001, {},
-                                 {u"Texts of the actions that follow the task."}),
+          Get<&I::get_StatusAct>(
+              u"StatusAct", 0x68030001, {},
+              {u"Statuses of the actions OnErr, OnDec, ExeIf and Goto in one text, a blank for none."}),
           Get<&I::get_Source>(u"Source", 0x68030000, {}, {u"Name of the scenario that the task belongs to."}),
       },
   };

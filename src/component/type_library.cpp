@@ -373,15 +373,19 @@ class TypeLibrary final : public ITypeLib, public ITypeComp {
     return S_OK;
   }
 
-  // The constants of enumerations are known without the enumeration's name.
+  // The constants of enumerations are known with and without the enumeration's name.
   HRESULT Bind(LPOLESTR szName, ULONG lHashVal, WORD wFlags, ITypeInfo** ppTInfo, DESCKIND* pDescKind,
                BINDPTR* pBindPtr) override {
     if (!szName || !ppTInfo || !pDescKind || !pBindPtr) return E_POINTER;
     *ppTInfo = nullptr;
     *pDescKind = DESCKIND_NONE;
-    for (TypeInfo& each : types_)
-      if (each.type().attributes.typekind == TKIND_ENUM && *pDescKind == DESCKIND_NONE)
-        each.Bind(szName, lHashVal, wFlags, ppTInfo, pDescKind, pBindPtr);
+    for (TypeInfo& each : types_) {
+      if (each.type().attributes.typekind != TKIND_ENUM || *pDescKind != DESCKIND_NONE) continue;
+      each.Bind(szName, lHashVal, wFlags, ppTInfo, pDescKind, pBindPtr);
+      if (!SameName(each.type().name, szName)) continue;
+      *pDescKind = DESCKIND_TYPECOMP;
+      return HandOver<ITypeComp>(&each, &pBindPtr->lptcomp);
+    }
     return S_OK;
   }
 
@@ -426,9 +430,13 @@ HRESULT TypeInfo::GetRefTypeInfo(HREFTYPE hRefType, ITypeInfo** ppTInfo) {
   return referred ? HandOver<ITypeInfo>(referred, ppTInfo) : TYPE_E_ELEMENTNOTFOUND;
 }
 
+// The slots of an interface stand in the library at the place of its members by name.
 HRESULT TypeInfo::GetContainingTypeLib(ITypeLib** ppTLib, UINT* pIndex) {
   if (!ppTLib) return E_POINTER;
-  if (pIndex) *pIndex = index_;
+  *ppTLib = nullptr;
+  const UINT place = type_.other_view ? std::min(index_, UINT{*type_.other_view}) : index_;
+  if (place >= library_.GetTypeInfoCount()) return TYPE_E_ELEMENTNOTFOUND;  // one of the platform's own
+  if (pIndex) *pIndex = place;
   return HandOver<ITypeLib>(&library_, ppTLib);
 }
 

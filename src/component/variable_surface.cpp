@@ -30,9 +30,10 @@ const ClassInfo& VariableInfo() {
               {u"The same for the owner that wDomScen names, where it is given."}),
           Function<&I::raw_Initialize>(
               u"Initialize", 0x60030008, {{u"wObj"}},
-              {u"Gives a variable its initial value, and writes it for the owner wObj."}),
-          Function<&I::raw_Initialize1>(u"Initialize1", 0x60030009, {{u"wKey"}},
-                                        {u"The same for the registry key wKey."}),
+              {u"Gives a variable, but no constant, its initial value, and writes it for the owner wObj."}),
+          Function<&I::raw_Initialize1>(
+              u"Initialize1", 0x60030009, {{u"wKey"}},
+              {u"The same for the owner at the registry path wKey, such as Domain\\Sales."}),
           Get<&I::get_VarType>(u"VarType", 0x68030003, {}, {u"Kind: \"V\" a variable, \"C\" a constant."}),
           Get<&I::get_Value>(u"Value", 0x68030002, {}, {u"Value."}),
           Get<&I::get_Init>(u"Init", 0x68030001, {}, {u"Initial value."}),

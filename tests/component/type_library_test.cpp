@@ -129,6 +129,11 @@ TEST_F(TypeLibraryTest, MembersAreDescribedAsTheyAreCalled) {
             "in I2 wPermission, outret _User**)");
   EXPECT_EQ(Shown(slots.get(), 5), "12 call HRESULT Remove 60030005 (inout VARIANT* vntIndexKey)");
   EXPECT_EQ(Implemented(slots.get(), ~0u).get(), users.get());
+  ObjectPtr<ITypeLib> owner;
+  UINT place = 0, place_of_slots = 1;
+  users->GetContainingTypeLib(owner.Receive(), &place);
+  EXPECT_EQ(slots->GetContainingTypeLib(owner.Receive(), &place_of_slots), S_OK);
+  EXPECT_EQ(place, place_of_slots);
   EXPECT_EQ(NameOf(Implemented(Implemented(slots.get(), 0).get(), 0).get()), "IUnknown");
   EXPECT_EQ(Given<FUNCDESC>([&](auto** result) { return user->GetFuncDesc(3, result); })->cParamsOpt, 3);
   const ObjectPtr<ITypeInfo> scenarios = Find(IID__Scenarios);
@@ -218,6 +223,16 @@ TEST_F(TypeLibraryTest, NamesAreFoundAndBoundInAnyLetterCase) {
   EXPECT_EQ(bind(library_.get(), u"mxdomainerror_containelement", 0),
             "MXDomainError " + std::to_string(MXDomainError_ContainElement));
   const ObjectPtr<ITypeInfo> user = Find(IID__User);
+  ObjectPtr<ITypeInfo> none;
+  DESCKIND kind{};
+  BINDPTR enumeration{};
+  char16_t state[] = u"mxscenariostate";
+  EXPECT_EQ(
+      ObjectPtr<ITypeComp>::Query(library_.get())->Bind(state, 0, 0, none.Receive(), &kind, &enumeration),
+      S_OK);
+  ASSERT_EQ(kind, DESCKIND_TYPECOMP);
+  EXPECT_EQ(bind(enumeration.lptcomp, u"MXScenarioState_Pause", 0), "MXScenarioState 2");
+  enumeration.lptcomp->Release();
   EXPECT_EQ(bind(user.get(), u"KEY", DISPATCH_PROPERTYPUT), "_User 4");
   EXPECT_EQ(bind(user.get(), u"key", 0), "_User 2");
   EXPECT_EQ(bind(user.get(), u"key", DISPATCH_METHOD, TYPE_E_TYPEMISMATCH), "none");
