@@ -269,6 +269,33 @@ void AddDelete(CLI::App& group) {
   });
 }
 
+// ---- backup and restore
+
+void AddBackup(CLI::App& group) {
+  CLI::App* verb =
+      group.add_subcommand("backup", "Copy the whole registry into a file, also while it is in use");
+  auto file = std::make_shared<std::string>();
+  verb->add_option("FILE", *file, "File to write; one that is there is replaced once the copy is whole")
+      ->required();
+  verb->footer("Example:\n  moxel registry backup /var/backups/moxel.db");
+  verb->callback([file] {
+    const LSTATUS status = RegFileBackup(file->c_str());
+    if (status != ERROR_SUCCESS) throw ToolError::Registry("cannot back up to " + *file, status);
+  });
+}
+
+void AddRestore(CLI::App& group) {
+  CLI::App* verb =
+      group.add_subcommand("restore", "Make the registry what a backup holds, also while it is in use");
+  auto file = std::make_shared<std::string>();
+  verb->add_option("FILE", *file, "Backup to restore; it is checked first")->required();
+  verb->footer("Example:\n  moxel registry restore /var/backups/moxel.db");
+  verb->callback([file] {
+    const LSTATUS status = RegFileRestore(file->c_str());
+    if (status != ERROR_SUCCESS) throw ToolError::Registry("cannot restore " + *file, status);
+  });
+}
+
 // ---- check
 
 void Check(const Console& console) {
@@ -294,6 +321,8 @@ void AddRegistryCommands(CLI::App& app, Console& console) {
   AddQuery(*group, console);
   AddSet(*group);
   AddDelete(*group);
+  AddBackup(*group);
+  AddRestore(*group);
   AddCheck(*group, console);
 }
 

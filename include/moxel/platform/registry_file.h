@@ -20,6 +20,14 @@ LSTATUS RegFileRollback(void);
 // RegFileCause saying what was found.
 LSTATUS RegFileCheck(void);
 
+// Copies the whole registry as it is at one moment into a file of its own, while others may go on writing. A
+// file of that name is replaced once the copy is whole. ERROR_FILE_NOT_FOUND when there is no registry file
+// yet, ERROR_INVALID_PARAMETER inside a transaction, or the code of the failure.
+LSTATUS RegFileBackup(LPCSTR lpFile);
+// Makes the registry what a backup holds, in one step, also while others use it. ERROR_BADDB, and nothing
+// changed, when the backup is not sound.
+LSTATUS RegFileRestore(LPCSTR lpFile);
+
 // The path of the file and, in one line, why the calling thread's last failing registry call failed in the
 // file (for example "/srv/registry.db: file is not a database"); "" when it did not. UTF-8, valid until the
 // thread's next call.

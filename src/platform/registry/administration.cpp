@@ -1,7 +1,12 @@
 // Administration of the registry file: transactions over several calls, the check, and causes in words.
 #include "moxel/platform/registry_file.h"
 
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
 #include "platform/registry/calls.h"
+#include "platform/registry/failure.h"
 #include "platform/registry/session.h"
 
 namespace moxel::platform {
@@ -13,25 +18,45 @@ std::string& LastCause() {
 
 namespace {
 
-// What a sound database may still have wrong as a registry: keys without parents, values without keys.
-constexpr const char* kFindOrphan =
-    "SELECT 'key ' || path || ' has no parent' FROM keys k WHERE id <> 1"
-    " AND NOT EXISTS (SELECT 1 FROM keys p WHERE p.id = k.parent)"
-    " UNION ALL SELECT 'value ' || name || ' belongs to no key' FROM vals"
-    " WHERE NOT EXISTS (SELECT 1 FROM keys WHERE id = vals.key) LIMIT 1";
-
 LSTATUS Check() {
   auto lease = Session::OfThisThread().Use();
-  Connection* connection = lease.ForReading();
-  if (!connection) return ERROR_SUCCESS;
-  auto first_finding = [&](const char* sql) {
-    Statement statement = connection->Prepare(sql);
-    return statement.Step() ? std::string(statement.Text(0)) : "ok";
-  };
-  for (const char* sql : {"PRAGMA integrity_check(1)", kFindOrphan}) {
-    std::string finding = first_finding(sql);
-    if (finding != "ok") throw RegistryFailure(ERROR_BADDB, connection->path() + ": " + finding);
+  if (Connection* connection = lease.ForReading()) connection->Check();
+  return ERROR_SUCCESS;
+}
+
+// Written beside the file that it becomes, so that an older backup of that name is lost only to a whole one.
+LSTATUS Backup(LPCSTR path) {
+  if (!path || !*path) return ERROR_INVALID_PARAMETER;
+  auto lease = Session::OfThisThread().Use();
+  Connection* source = lease.ForReading();
+  if (!source)
+    throw RegistryFailure(ERROR_FILE_NOT_FOUND, std::string(Session::FilePath()) + ": there is no such file");
+  if (source->in_transaction()) return ERROR_INVALID_PARAMETER;
+  const std::string part = std::string(path) + ".part";
+  std::remove(part.c_str());
+  try {
+    Connection::OpenForWriting(part)->CopyFrom(*source);
+    if (std::rename(part.c_str(), path) == 0) return ERROR_SUCCESS;
+    const LSTATUS code = errno == EISDIR ? ERROR_ACCESS_DENIED : ERROR_REGISTRY_IO_FAILED;
+    throw RegistryFailure(code, std::string(path) + ": " + std::strerror(errno));
+  } catch (const RegistryFailure&) {
+    std::remove(part.c_str());
+    throw;
   }
+}
+
+LSTATUS Restore(LPCSTR path) {
+  if (!path || !*path) return ERROR_INVALID_PARAMETER;
+  auto lease = Session::OfThisThread().Use();
+  const std::unique_ptr<Connection> source = Connection::OpenForReading(path);
+  if (!source) throw RegistryFailure(ERROR_FILE_NOT_FOUND, std::string(path) + ": there is no such backup");
+  source->Check();
+  if (!lease.MayWrite()) return ERROR_ACCESS_DENIED;
+  Connection& target = lease.ForWriting();
+  if (target.in_transaction()) return ERROR_INVALID_PARAMETER;
+  target.CopyFrom(*source);
+  // Keys created since the backup have had ids that must not come again.
+  target.SkipKeyIds();
   return ERROR_SUCCESS;
 }
 
@@ -54,6 +79,14 @@ LSTATUS RegFileRollback() {
 }
 
 LSTATUS RegFileCheck() { return Answer(moxel::platform::Check); }
+
+LSTATUS RegFileBackup(LPCSTR lpFile) {
+  return Answer([&] { return moxel::platform::Backup(lpFile); });
+}
+
+LSTATUS RegFileRestore(LPCSTR lpFile) {
+  return Answer([&] { return moxel::platform::Restore(lpFile); });
+}
 
 LPCSTR RegFileCause() { return moxel::platform::LastCause().c_str(); }
 

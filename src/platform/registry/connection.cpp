@@ -93,6 +93,23 @@ int SystemErrorOf(sqlite3* database, int code) {
   throw RegistryFailure(CodeOfOpenError(error_number), path + ": " + std::strerror(error_number));
 }
 
+// In a folder that its group may write, and whose files take the folder's group, the file is that group's.
+void ShareWithGroup(const std::string& path) {
+  struct stat folder;
+  const std::string::size_type end = path.find_last_of('/');
+  const std::string parent = end == std::string::npos ? "." : path.substr(0, end + 1);
+  if (::stat(parent.c_str(), &folder) == 0 && (folder.st_mode & S_ISGID) != 0 &&
+      (folder.st_mode & S_IWGRP) != 0)
+    ::chmod(path.c_str(), 0664);
+}
+
+// What a sound database may still have wrong as a registry: keys without parents, values without keys.
+constexpr const char* kFindOrphan =
+    "SELECT 'key ' || path || ' has no parent' FROM keys k WHERE id <> 1"
+    " AND NOT EXISTS (SELECT 1 FROM keys p WHERE p.id = k.parent)"
+    " UNION ALL SELECT 'value ' || name || ' belongs to no key' FROM vals"
+    " WHERE NOT EXISTS (SELECT 1 FROM keys WHERE id = vals.key) LIMIT 1";
+
 // A file name as an SQLite URI for a file that is read without a log and without locks.
 std::string BareFileUri(const std::string& path) {
   std::string uri = "file:";
@@ -196,7 +213,10 @@ std::unique_ptr<Connection> Connection::OpenForReading(const std::string& path) 
 std::unique_ptr<Connection> Connection::OpenForWriting(const std::string& path) {
   if (auto existing = OpenExisting(path)) return existing;
   // SQLite would try to open what it cannot create and report why that failed.
-  if (::mknod(path.c_str(), S_IFREG | 0644, 0) != 0 && errno != EEXIST) FailToOpen(errno, path);
+  if (::mknod(path.c_str(), S_IFREG | 0644, 0) == 0)
+    ShareWithGroup(path);
+  else if (errno != EEXIST)
+    FailToOpen(errno, path);
   std::unique_ptr<Connection> connection(new Connection(path, Access::kWrite, true));
   connection->Create();
   return connection;
@@ -224,8 +244,7 @@ void Connection::Create() {
   Transaction whole(*this, Transaction::Kind::kWrite);
   if (!Recognize()) {
     Execute(kCreateSchema);
-    // Key ids of no two files are alike, so that a handle on a key of a file that was replaced is a dead one.
-    Execute("UPDATE sqlite_sequence SET seq = 1 + (random() & 0xFFFFFFFFFF) WHERE name = 'keys'");
+    SkipKeyIds();
     Execute(("PRAGMA application_id = " + std::to_string(kApplicationId)).c_str());
     Execute(("PRAGMA user_version = " + std::to_string(kSchemaVersion)).c_str());
   }
@@ -268,6 +287,27 @@ ChangeMarkReader Connection::change_marks() {
   Statement journal_mode = Prepare("PRAGMA journal_mode");
   return journal_mode.Step() && journal_mode.Text(0) == "wal" ? ChangeMarkReader(database_.get())
                                                               : ChangeMarkReader();
+}
+
+void Connection::CopyFrom(Connection& source) {
+  sqlite3_backup* copy = sqlite3_backup_init(database_.get(), "main", source.database_.get(), "main");
+  if (!copy) Fail(database_.get(), sqlite3_errcode(database_.get()), path_);
+  for (int attempts = 0; sqlite3_backup_step(copy, -1) == SQLITE_BUSY && WaitForLock(this, attempts);)
+    ++attempts;
+  const int code = sqlite3_backup_finish(copy);
+  if (code != SQLITE_OK) Fail(database_.get(), code, path_);
+}
+
+void Connection::SkipKeyIds() {
+  Execute("UPDATE sqlite_sequence SET seq = seq + (random() & 0xFFFFFFFFFF) WHERE name = 'keys'");
+}
+
+void Connection::Check() {
+  for (const char* sql : {"PRAGMA integrity_check(1)", kFindOrphan}) {
+    Statement statement = Prepare(sql);
+    const std::string finding(statement.Step() ? statement.Text(0) : "ok");
+    if (finding != "ok") throw RegistryFailure(ERROR_BADDB, path_ + ": " + finding);
+  }
 }
 
 void Connection::Execute(const char* sql) {

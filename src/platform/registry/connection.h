@@ -77,6 +77,14 @@ class Connection {
   // The file's marks, or none where it is read without its log.
   ChangeMarkReader change_marks();
 
+  // Replaces everything by what the source holds, in one transaction of its own.
+  void CopyFrom(Connection& source);
+  // Goes on with key ids that no key of this or another file has had, so that a handle on a key of a file
+  // that was replaced is a dead one.
+  void SkipKeyIds();
+  // RegistryFailure ERROR_BADDB with the first thing that is wrong.
+  void Check();
+
   const std::string& path() const { return path_; }
   // Asked anew each time: the file's rights may change while it is open.
   bool writable() const;

@@ -302,6 +302,69 @@ std::string FillUp(const std::function<void()>& make_room) {
   return report;
 }
 
+TEST_F(RegistryFile, ABackupIsOneMomentOfABusyRegistryAndRestores) {
+  const std::string backup = folder() / "backup.db", broken = folder() / "broken.db";
+  EXPECT_EQ(RegFileBackup(backup.c_str()), 2) << "there is no registry yet";
+  Key key = Create(kRoot, kPath), kept = Create(key, "kept");
+  auto write = [](HKEY at, int number) {
+    RegFileBegin();
+    for (const char* name : {"a", "b"}) Set(at, name, std::to_string(number));
+    return RegFileCommit();
+  };
+  ASSERT_EQ(write(key, 0), 0);
+  Pipe done;
+  Child writer([&] {
+    for (int number = 1; number <= 400; ++number)
+      if (write(Create(kRoot, kPath), number) != 0) return std::string("refused");
+    return std::string("wrote");
+  });
+  for (int i = 0; i < 10; ++i) {
+    EXPECT_EQ(RegFileBackup(backup.c_str()), 0) << RegFileCause();
+    ::setenv("MOXEL_REGISTRY", backup.c_str(), 1);
+    EXPECT_EQ(RegFileCheck(), 0) << RegFileCause();
+    const Key copy = Open(kRoot, kPath);
+    EXPECT_EQ(Get(copy, "a"), Get(copy, "b")) << "half of a transaction";
+    ::setenv("MOXEL_REGISTRY", file().c_str(), 1);
+  }
+  EXPECT_EQ(writer.Answer(), "wrote");
+  EXPECT_EQ(RegFileBackup(backup.c_str()), 0);
+  Key later = Create(key, "later");
+  EXPECT_EQ(write(key, 999), 0);
+  WriteBytes(broken, BytesOf(backup).replace(5000, 4000, 4000, 'x'));
+  EXPECT_EQ(
+      Text({RegFileRestore(broken.c_str()), RegFileRestore("/nowhere.db"), RegFileBackup("/nowhere/b.db")}),
+      "1009 2 3 ");
+  EXPECT_EQ(Get(key, "a"), "999") << "a backup that cannot be used changes nothing";
+  EXPECT_EQ(Get(kept, "a"), std::nullopt);
+  OnAnotherThread([&] { EXPECT_EQ(RegFileRestore(backup.c_str()), 0) << RegFileCause(); });
+  EXPECT_EQ(Get(key, "a"), "400");
+  EXPECT_EQ(Names(kSubkeys, key), "kept,");
+  EXPECT_EQ(Query(later, "v"), 1018);
+  EXPECT_EQ(Open(key, "kept").answer, 0);
+  Key again = Create(key, "later");
+  EXPECT_EQ(Query(later, "v"), 1018) << "a new key must not be taken for the one that is gone";
+  EXPECT_EQ(RegFileCheck(), 0);
+  EXPECT_FALSE(fs::exists(backup + ".part"));
+}
+
+TEST_F(RegistryFile, ANewFileIsSharedWithTheGroupOfItsFolder) {
+  const mode_t mask = ::umask(077);
+  for (auto [folder_mode, file_mode] :
+       {std::pair<mode_t, mode_t>{02775, 0664}, {0775, 0600}, {02755, 0600}}) {
+    const fs::path place = folder() / std::to_string(folder_mode);
+    fs::create_directory(place);
+    ::chmod(place.c_str(), folder_mode);
+    ::setenv("MOXEL_REGISTRY", (place / "r.db").c_str(), 1);
+    EXPECT_EQ(Set(Create(kRoot, kPath), "v", "1"), 0);
+    for (const char* end : {"", "-wal", "-shm"}) {
+      struct stat status;
+      ASSERT_EQ(::stat((RegFilePath() + std::string(end)).c_str(), &status), 0);
+      EXPECT_EQ(status.st_mode & 0777, file_mode) << end << folder_mode;
+    }
+  }
+  ::umask(mask);
+}
+
 TEST_F(RegistryFile, AFileThatIsReplacedOrDeletedUnderItsUsersIsNoticed) {
   const fs::path other = folder() / "other.db";
   auto read = [] { return Get(Open(kRoot, kPath), "v").value_or("none"); };
