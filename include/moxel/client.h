@@ -338,7 +338,7 @@ class RootVar : public Object<_RootVar> {
   RootVar() : Object(detail::Create<_RootVar>(CLSID_RootVar)) {}
 
   // The variable of the domain `wDom` or, only when that is empty, of the scenario `wScen`; none when there
-  // is no such variable. Names are compared exactly.
+  // is no such variable. The name of the variable is compared exactly, its owner is found in any letter case.
   Variable RecupVariable(const Argument& wDom, const Argument& wScen, const Argument& wVar) const {
     return Ask<Variable>(&_RootVar::raw_RecupVariable, wDom, wScen, wVar);
   }

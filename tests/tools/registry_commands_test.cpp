@@ -183,9 +183,24 @@ TEST_F(RegistryCommandsTest, CheckTellsASoundFileFromAnotherAndWhenItCannotSay) 
   EXPECT_EQ(Do({"registry", "check", "--registry", fresh}), fresh + ": sound\n");
   ExpectFailure({"registry", "query", "K", "--registry", file()}, 1, "not found");
   WriteFile(foreign, std::string(4096, 'x'));
-  for (const char* line : {"check", "query", "export", "set K x", "delete K -f"})
-    ExpectFailure(Words("--registry " + foreign + " registry " + line), 1, foreign + ": ");
+  for (const char* line :
+       {"registry check", "registry query", "registry export", "registry set K x", "registry delete K -f",
+        "registry backup x.db", "tree", "domain list", "user list", "variable get --domain D V"})
+    ExpectFailure(Words("--registry " + foreign + " " + line), 1, foreign + ": ");
   EXPECT_EQ(ReadFile(foreign), std::string(4096, 'x'));
+}
+
+TEST_F(RegistryCommandsTest, ABackupRestores) {
+  const std::string backup = folder() / "backup.db";
+  Registry("set Kept x");
+  const std::string before = Registry("export");
+  Do({"registry", "backup", backup});
+  EXPECT_EQ(Do({"registry", "export", "--registry", backup}), before);
+  Do(Words("registry set Later x"));
+  Do({"registry", "restore", backup});
+  EXPECT_EQ(Registry("export"), before);
+  ExpectFailure({"registry", "restore", folder() / "none.db"}, 1, "none.db: there is no such backup");
+  ExpectFailure({"registry", "backup", folder() / "none" / "b.db"}, 1, "none/b.db");
 }
 
 TEST(ComponentLibraryTest, AMissingLibraryOrExportIsNamed) {

@@ -68,7 +68,12 @@ Object Require(const Object& collection, const std::string& what, const std::str
   return found;
 }
 
-ObjectModel::ObjectModel() : component_(ComponentLibrary::Find()), root_(component_.Create(CLSID_Root)) {}
+ComponentLibrary FindComponent() {
+  RegistryKey::Open({HKEY_LOCAL_MACHINE, "SOFTWARE\\MOXEL"}, KEY_READ);
+  return ComponentLibrary::Find();
+}
+
+ObjectModel::ObjectModel() : component_(FindComponent()), root_(component_.Create(CLSID_Root)) {}
 
 void ObjectModel::Reload() {
   for (const char16_t* collection : {u"Utilisateurs", u"Domaines", u"Scenarios"})

@@ -68,6 +68,10 @@ class ObjectModel {
   Object root_;
 };
 
+// The component, for commands on the configuration. It takes what it cannot read for what is not there, so
+// the failure of a file that cannot be read at all is told here: ToolError.
+ComponentLibrary FindComponent();
+
 // Runs a change of the registry: done as a whole or, when it throws, not at all. The component does not
 // notice a write that fails; the transaction does.
 template <class Function>

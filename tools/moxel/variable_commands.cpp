@@ -93,7 +93,7 @@ void List(const Options& options, const Console& console) {
 
 // The component finds the variable without loading anything else.
 void Get(const Options& options, const Console& console) {
-  const ComponentLibrary component = ComponentLibrary::Find();
+  const ComponentLibrary component = FindComponent();
   const Object root = component.Create(CLSID_RootVar);
   const Object variable = ObjectOf(CallMethod(
       root.get(), u"RecupVariable",
