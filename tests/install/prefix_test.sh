@@ -62,7 +62,7 @@ if command -v dpkg-deb > /dev/null && command -v dpkg-shlibdeps > /dev/null; the
   (cd "$folder" && cpack --config "$build/CPackConfig.cmake" -B "$folder/packages" > "$folder/log")
   package=$(ls "$folder"/packages/*.deb)
   dpkg-deb --contents "$package" > "$folder/contents"
-  for file in bin/moxel 'lib/.*libmoxel.so.1 ' include/moxel/client.h man1/moxel.1 completions/moxel \
+  for file in bin/moxel lib/libmoxel.so lib/libmoxel-platform.so.1 include/moxel/client.h man1/moxel.1 completions/moxel \
     dist-packages/moxel/__init__.py moxel-config.cmake moxel.pc examples/first_program.cpp; do
     grep -q "$file" "$folder/contents" || fail "the package lacks $file"
   done

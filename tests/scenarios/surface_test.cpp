@@ -20,7 +20,7 @@ std::vector<std::string> Published(const component::ClassInfo& info, Slots... sl
     line << std::hex << std::uppercase << Narrow(member.name) << " " << static_cast<WORD>(member.kind) << " "
          << member.id << " (";
     for (const component::Parameter& parameter : member.parameters)
-      line << " " << Narrow(parameter.name) << (parameter.name.empty() ? "" : " ") << parameter.type.tag.tag
+      line << " " << Narrow(parameter.name) << (parameter.name.empty() ? "" : " ") << parameter.type.tag
            << (parameter.by_reference ? "&" : "");
     line << ") " << member.result.tag << (member.hidden ? " hidden" : "");
     const std::size_t place = lines.size() + 7;  // behind the slots of IDispatch
