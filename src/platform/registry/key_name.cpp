@@ -61,6 +61,11 @@ constexpr std::array<CodeForms, 256> kForms = [] {
 
 void Append(Name& name, unsigned char code) {
   const CodeForms& forms = kForms[code];
+  if (forms.text.length == 1) {
+    name.text.push_back(forms.text.bytes[0]);
+    name.folded.push_back(forms.folded.bytes[0]);
+    return;
+  }
   name.text.append(forms.text.bytes, forms.text.length);
   name.folded.append(forms.folded.bytes, forms.folded.length);
 }
@@ -100,7 +105,7 @@ Name MakePath(LPCSTR ansi) {
   return path;
 }
 
-Name JoinPaths(const Name& base, const Name& relative) {
+Name JoinPaths(Name base, Name relative) {
   if (base.folded.empty()) return relative;
   if (relative.folded.empty()) return base;
   return {base.text + '\\' + relative.text, base.folded + '\\' + relative.folded};

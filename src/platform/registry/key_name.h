@@ -28,7 +28,7 @@ Name MakeName(std::string_view ansi);
 Name MakePath(LPCSTR ansi);
 
 // `base` followed by `relative`, either of which may be empty.
-Name JoinPaths(const Name& base, const Name& relative);
+Name JoinPaths(Name base, Name relative);
 
 // True when a level of the path is longer than a key's name may be.
 bool HasOverlongLevel(const Name& path);

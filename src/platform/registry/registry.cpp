@@ -117,7 +117,7 @@ LSTATUS OpenKey(HKEY handle, LPCSTR subkey, REGSAM wanted, HKEY* result) {
   Name relative = MakePath(subkey);
   RequireOpen(handle);
   Connection* connection = lease.ForReading();
-  Name path = JoinPaths(PathOf(connection, handle), relative);
+  Name path = JoinPaths(PathOf(connection, handle), std::move(relative));
   KeyId key = FindKey(connection, path);
   if (key == 0) return ERROR_FILE_NOT_FOUND;
   *result = HandleTable::Instance().Open({key, Grant(lease, wanted)});
@@ -132,7 +132,7 @@ LSTATUS CreateKey(HKEY handle, LPCSTR subkey, REGSAM wanted, HKEY* result, DWORD
   if (HasOverlongLevel(relative)) return ERROR_INVALID_PARAMETER;
   RequireOpen(handle);
   Connection* existing = lease.ForReading();
-  Name path = JoinPaths(PathOf(existing, handle), relative);
+  Name path = JoinPaths(PathOf(existing, handle), std::move(relative));
   if (std::count(path.folded.begin(), path.folded.end(), '\\') >= kMaxDepth) return ERROR_INVALID_PARAMETER;
   KeyId key = FindKey(existing, path);
   bool created = key == 0;
@@ -248,7 +248,7 @@ LSTATUS DeleteKey(HKEY handle, LPCSTR subkey) {
   Name relative = MakePath(subkey);
   RequireOpen(handle);
   Connection* existing = lease.ForReading();
-  Name path = JoinPaths(PathOf(existing, handle), relative);
+  Name path = JoinPaths(PathOf(existing, handle), std::move(relative));
   if (FindKey(existing, path) == 0) return ERROR_FILE_NOT_FOUND;
   if (path.folded.empty() || !lease.MayWrite()) return ERROR_ACCESS_DENIED;
   Connection& connection = lease.ForWriting();
