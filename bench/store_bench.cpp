@@ -101,6 +101,7 @@ BENCHMARK(RawSelect);
 // The floor: the same texts converted and folded, the key and the value found in hash maps, the same variant
 // made.
 void ReadFromMemory(benchmark::State& state) {
+  moxel::Main();
   auto fold = [](std::u16string_view text) {
     std::string folded = moxel::ToAnsi(text);
     for (char& c : folded) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
@@ -113,7 +114,6 @@ void ReadFromMemory(benchmark::State& state) {
   for (std::int64_t i = 0; i < 1'000; ++i)
     for (const char16_t* name : {u"Value", u"Init", u"Type", u"V/C"})
       tree[fold(path_of(u"Domain\\Sales\\Var\\Variable" + Number(i)))][fold(name)] = "some text";
-  moxel::Main();
   for (auto _ : state) {
     const auto& values = tree.at(fold(path_of(u"Domain\\Sales\\Var\\Variable500")));
     benchmark::DoNotOptimize(moxel::Variant(moxel::FromAnsi(values.at(fold(moxel::schema::kValue)))));

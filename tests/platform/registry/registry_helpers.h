@@ -139,6 +139,7 @@ class Pipe {
     EXPECT_EQ(::write(ends_[1], text.data(), text.size()), std::ssize(text));
   }
   void Send(int number) { Write({reinterpret_cast<const char*>(&number), sizeof number}); }
+  int reading_end() const { return ends_[0]; }
   bool Receive(int& number) { return ::read(ends_[0], &number, sizeof number) == sizeof number; }
 
   // What is written until every process has closed its writing end, or is gone.
