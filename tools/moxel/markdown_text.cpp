@@ -28,10 +28,11 @@ std::string Signature(const TypeModel& model, const TypeMember& member) {
   std::string parameters;
   for (const TypeParameter& parameter : member.parameters) {
     if (parameter.name.empty()) continue;
-    std::string text = parameter.name + ": " + TypeText(model, parameter.type);
-    if (parameter.flags & PARAMFLAG_FOUT) text += " by reference";
-    if (parameter.flags & PARAMFLAG_FOPT) text = "[" + text + "]";
-    parameters += (parameters.empty() ? "" : ", ") + text;
+    const bool optional = (parameter.flags & PARAMFLAG_FOPT) != 0;
+    parameters.append(parameters.empty() ? "" : ", ").append(optional ? "[" : "");
+    parameters.append(parameter.name).append(": ").append(TypeText(model, parameter.type));
+    if (parameter.flags & PARAMFLAG_FOUT) parameters += " by reference";
+    if (optional) parameters += "]";
   }
   std::string text = member.name;
   if (member.kind == INVOKE_FUNC || !parameters.empty()) text += "(" + parameters + ")";

@@ -1,5 +1,5 @@
-// Administration of the file that stands in for the registry. None of this exists on the real platform, so the
-// component never includes this header; tools do, and clients that want to know of writes that failed.
+// Administration of the file that stands in for the registry. None of this exists on the real platform, so
+// the component never includes this header; tools do, and clients that want to know of writes that failed.
 #pragma once
 
 #include "moxel/platform/registry.h"
