@@ -13,7 +13,7 @@ constexpr std::size_t kInitializedWord = 3;
 ChangeMark Load(std::uint32_t* words) {
   ChangeMark mark;
   for (std::size_t i = 0; i < mark.size(); ++i)
-    mark[i] = std::atomic_ref(words[i]).load(std::memory_order_relaxed);
+    mark[i] = std::atomic_ref(words[i]).load(std::memory_order_acquire);
   return mark;
 }
 
@@ -33,7 +33,6 @@ ChangeMarkReader::ChangeMarkReader(sqlite3* database) {
 std::optional<ChangeMark> ChangeMarkReader::Read() const {
   if (!header_) return std::nullopt;
   const ChangeMark first = Load(header_);
-  std::atomic_thread_fence(std::memory_order_acquire);
   const ChangeMark second = Load(header_ + first.size());
   const bool initialized = first[0] == kHeaderVersion && (first[kInitializedWord] & 0xFF) != 0;
   if (!initialized || first != second) return std::nullopt;

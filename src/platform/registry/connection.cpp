@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstring>
 #include <ctime>
@@ -170,11 +171,12 @@ Connection::Connection(const std::string& path, Access access, bool create)
   flags |= access == Access::kWrite ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY;
   if (create) flags |= SQLITE_OPEN_CREATE;
   if (bare_) flags |= SQLITE_OPEN_URI;
+  file_id_ = FileIdOf(path);
+  identity_ = IdentityOf(path);  // before: where it is replaced in between, this one is outdated
   sqlite3* database = nullptr;
   int code = sqlite3_open_v2((bare_ ? BareFileUri(path) : path).c_str(), &database, flags, nullptr);
   database_.reset(database);
   if (code != SQLITE_OK) Fail(database, code, path);
-  identity_ = IdentityOf(path);
   sqlite3_busy_handler(database, &Connection::WaitForLock, this);
   Execute("PRAGMA synchronous = NORMAL");
   Execute("PRAGMA cache_size = -65536");
@@ -277,6 +279,12 @@ Statement& Connection::Get(Sql sql) {
   return *statement;
 }
 
+void Connection::BeginBatch() {
+  static std::atomic<std::uint64_t> latest = 0;
+  Execute("BEGIN IMMEDIATE");
+  batch_ = ++latest;
+}
+
 LookUps& Connection::look_ups() {
   if (!look_ups_) look_ups_ = std::make_unique<LookUps>(*this);
   return *look_ups_;
@@ -306,7 +314,9 @@ void Connection::Check() {
   for (const char* sql : {"PRAGMA integrity_check(1)", kFindOrphan}) {
     Statement statement = Prepare(sql);
     const std::string finding(statement.Step() ? statement.Text(0) : "ok");
-    if (finding != "ok") throw RegistryFailure(ERROR_BADDB, path_ + ": " + finding);
+    // Some findings come under a heading.
+    if (finding != "ok")
+      throw RegistryFailure(ERROR_BADDB, path_ + ": " + finding.substr(finding.find_last_of('\n') + 1));
   }
 }
 
@@ -337,6 +347,18 @@ std::optional<Connection::FileIdentity> Connection::IdentityOf(const std::string
   return FileIdentity{status.st_dev, status.st_ino};
 }
 
+std::string Connection::FileIdOf(const std::string& path) {
+  struct statx status {};
+  ::statx(AT_FDCWD, path.c_str(), 0, STATX_INO | STATX_BTIME, &status);
+  std::string id = path;
+  for (std::uint64_t part :
+       {std::uint64_t{status.stx_dev_major}, std::uint64_t{status.stx_dev_minor},
+        std::uint64_t{status.stx_ino}, static_cast<std::uint64_t>(status.stx_btime.tv_sec),
+        std::uint64_t{status.stx_btime.tv_nsec}})
+    id.append(":").append(std::to_string(part));
+  return id;
+}
+
 bool Connection::outdated(Look look) {
   if (bare_) return !stamp_.settled || StampOf(path_) != stamp_;
   timespec time{};
@@ -353,6 +375,10 @@ bool Connection::IsAllowed(const std::string& path, int mode) {
 
 bool Connection::writable() const {
   return !sqlite3_db_readonly(database_.get(), "main") && IsAllowed(path_, W_OK);
+}
+
+bool Connection::has_gained_rights() const {
+  return sqlite3_db_readonly(database_.get(), "main") != 0 && IsAllowed(path_, W_OK);
 }
 
 Transaction::Transaction(Connection& connection, Kind kind)

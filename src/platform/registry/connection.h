@@ -86,9 +86,17 @@ class Connection {
   void Check();
 
   const std::string& path() const { return path_; }
+  // Tells the open file from every other one, also from one that took its name or its place on the disk.
+  const std::string& file_id() const { return file_id_; }
   // Asked anew each time: the file's rights may change while it is open.
   bool writable() const;
+  // True where it was opened for reading, and the rights on the file are more by now.
+  bool has_gained_rights() const;
   std::int64_t changes() const { return sqlite3_changes64(database_.get()); }
+  // A transaction over several calls.
+  void BeginBatch();
+  // The number of the batch that is open, which no other has; else 0.
+  std::uint64_t batch() const { return in_transaction() ? batch_ : 0; }
   bool in_transaction() const { return sqlite3_get_autocommit(database_.get()) == 0; }
   // True when the file must be opened anew: its name stands for another file by now, or for none; or this
   // connection reads the bare file, without a log, and the file or its log changed. Not every read looks,
@@ -124,6 +132,7 @@ class Connection {
     bool operator==(const FileIdentity&) const = default;
   };
   static std::optional<FileIdentity> IdentityOf(const std::string& path);
+  static std::string FileIdOf(const std::string& path);
   // Whether the account in effect has the rights on the file; errno says why not.
   static bool IsAllowed(const std::string& path, int mode);
   static int WaitForLock(void* self, int attempts);
@@ -137,7 +146,9 @@ class Connection {
   const bool bare_;
   Stamp stamp_{};
   std::optional<FileIdentity> identity_;
+  std::string file_id_;
   std::int64_t looked_at_ = 0;
+  std::uint64_t batch_ = 0;
   std::chrono::steady_clock::time_point waiting_since_{};
   std::unique_ptr<sqlite3, Closer> database_;
   std::array<std::unique_ptr<Statement>, kSqlCount> statements_;

@@ -47,11 +47,15 @@ KeyHandle HandleTable::Get(HKEY handle) {
   return Find(handle).handle;
 }
 
-Positions HandleTable::GetPositions(HKEY handle, const std::string& file, KeyId key) {
+Positions HandleTable::GetPositions(HKEY handle, const std::string& file, KeyId key, std::uint64_t batch) {
   std::lock_guard lock(mutex_);
+  Positions positions{file, key, batch, {}, {}};
   const auto& kept = Find(handle).positions;
-  if (kept && kept->key == key && kept->file == file) return *kept;
-  return {file, key, {}, {}};
+  if (kept && kept->key == key && kept->file == file && (kept->batch == 0 || kept->batch == batch)) {
+    positions.subkeys = kept->subkeys;
+    positions.values = kept->values;
+  }
+  return positions;
 }
 
 void HandleTable::SetPositions(HKEY handle, const Positions& positions) {

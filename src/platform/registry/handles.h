@@ -18,10 +18,12 @@ struct KeyHandle {
 };
 
 // Where the enumerations through one handle stand, and in which key of which file: a predefined handle's may
-// change.
+// change. What was read in a batch (0: in none) counts there only, since its versions of the list may be
+// undone and come again as others.
 struct Positions {
   std::string file;
   KeyId key = 0;
+  std::uint64_t batch = 0;
   SubkeyPosition subkeys;
   ValuePosition values;
 };
@@ -35,8 +37,8 @@ class HandleTable {
   void Close(HKEY handle);
   KeyHandle Get(HKEY handle);
 
-  // The positions last set for the handle, or initial ones where those belong to another key or file.
-  Positions GetPositions(HKEY handle, const std::string& file, KeyId key);
+  // The positions last set for the handle, or initial ones where those belong to another key, file or batch.
+  Positions GetPositions(HKEY handle, const std::string& file, KeyId key, std::uint64_t batch);
   void SetPositions(HKEY handle, const Positions& positions);
 
   // For the moment of a fork only.

@@ -198,7 +198,7 @@ const Entry* EntryAt(Connection& connection, HKEY handle, KeyId key, DWORD index
   LookUps& look_ups = connection.look_ups();
   if (auto known = look_ups.KnownEntryAt<Entry>(key, index)) return *known;
   HandleTable& handles = HandleTable::Instance();
-  Positions positions = handles.GetPositions(handle, connection.path(), key);
+  Positions positions = handles.GetPositions(handle, connection.file_id(), key, connection.batch());
   const Entry* entry = look_ups.EntryAt<Entry>(key, index, positions.*which);
   handles.SetPositions(handle, positions);
   return entry;

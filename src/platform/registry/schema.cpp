@@ -58,7 +58,11 @@ const char* TextOf(Sql sql) {
   switch (sql) {
     case Sql::kFindKey: return "SELECT id FROM keys WHERE path = ?1";
     case Sql::kPathOfKey: return "SELECT path FROM keys WHERE id = ?1";
-    case Sql::kAddKey: return "INSERT INTO keys(parent, path, name) VALUES(?1, ?2, ?3) RETURNING id";
+    case Sql::kAddKey:
+      // A key that is rolled back gives its place in the sequence away, while handles on it may be open.
+      return "INSERT INTO keys(id, parent, path, name) VALUES("
+             "(SELECT seq + 1 + (random() & 0xFFFFFFF) FROM sqlite_sequence WHERE name = 'keys'), ?1, ?2, ?3)"
+             " RETURNING id";
     case Sql::kHasSubkeys: return "SELECT 1 FROM keys WHERE parent = ?1 LIMIT 1";
     case Sql::kDeleteKey: return "DELETE FROM keys WHERE id = ?1";
     case Sql::kFindValue: return "SELECT type, data FROM vals WHERE key = ?1 AND folded = ?2";

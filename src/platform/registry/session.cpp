@@ -108,6 +108,10 @@ Connection& Session::Lease::ForWriting() {
 
 bool Session::Lease::MayWrite() {
   Connection* connection = ForReading();
+  if (connection && connection->has_gained_rights() && !session_.in_batch_) {
+    session_.connection_.reset();
+    connection = ForReading();
+  }
   return !connection || connection->writable();
 }
 
@@ -116,7 +120,7 @@ void Session::Lease::Begin() {
   // SQLite itself would begin a transaction that only reads.
   if (!MayWrite())
     throw RegistryFailure(ERROR_ACCESS_DENIED, std::string(FilePath()) + ": may not be written");
-  ForWriting().Execute("BEGIN IMMEDIATE");
+  ForWriting().BeginBatch();
   session_.in_batch_ = true;
 }
 

@@ -377,6 +377,7 @@ TEST_F(RegistryFile, AFileThatIsReplacedOrDeletedUnderItsUsersIsNoticed) {
   Key mine = Create(kRoot, kPath);
   EXPECT_EQ(Set(mine, "v", "mine"), 0);
   EXPECT_EQ(read(), "mine");
+  EXPECT_EQ(NameAt(kSubkeys, kRoot, 0), "SOFTWARE");
   fs::rename(other, file());
   remove_log();
   // Writing notices at once, reading soon; a handle on a key of the old file stands for none of the new one.

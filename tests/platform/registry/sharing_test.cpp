@@ -165,6 +165,19 @@ TEST_F(RegistryTransaction, ACallThatFailsInsideSpoilsNothingAndAThreadThatEndsI
   EXPECT_EQ(SeenByAnother(key_), "full,later,v,");
 }
 
+// What happens next gives the list the version, and a key the place, that the transaction had given.
+TEST_F(RegistryTransaction, HandlesKeepNothingOfWhatIsRolledBack) {
+  for (const char* name : {"A", "B", "C", "D", "E"}) Create(key_, name);
+  Key top = Open(key_, "", KEY_ALL_ACCESS);
+  ASSERT_EQ(Text({RegFileBegin(), Remove(kSubkeys, top, "A")}), "0 0 ");
+  Key undone = Create(top, "undone");
+  EXPECT_EQ(NameAt(kSubkeys, top, 2), "D");
+  EXPECT_EQ(RegFileRollback(), 0);
+  EXPECT_EQ(Text({Remove(kSubkeys, top, "E"), Create(top, "another").answer}), "0 0 ");
+  EXPECT_EQ(NameAt(kSubkeys, top, 2), "B");
+  EXPECT_EQ(Text({Set(undone, "v", "1"), Create(undone, "below").answer}), "1018 1018 ");
+}
+
 TEST_F(RegistryTransaction, AForkRollsItBackAndTheCommitSaysSo) {
   ASSERT_EQ(Text({RegFileBegin(), Set(key_, "lost", "1")}), "0 0 ");
   Child child([&] { return Text({RegFileCommit(), Set(key_, "child", "1")}); });
