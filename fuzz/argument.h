@@ -11,27 +11,12 @@ namespace moxel::fuzz {
 
 // Names, numbers and texts that mean something to the component, and some that do not.
 inline std::u16string TakeText(Input& input) {
-  static const std::u16string kTexts[] = {u"",
-                                          u"Sales",
-                                          u"Night",
-                                          u"alice",
-                                          u"Region",
-                                          u"Load",
-                                          u"V",
-                                          u"C",
-                                          u"1",
-                                          u"0",
-                                          u"42",
-                                          u"1e9",
-                                          u"-1,5",
-                                          u"True",
-                                          u"NEW",
-                                          u"a\\b",
-                                          u"()",
-                                          u"secret",
-                                          u"\x2603",
-                                          u"2024-02-29 23:59:59.999",
-                                          std::u16string(300, u'x')};
+  static const std::u16string kLong(300, u'x');
+  static const std::u16string kTexts[] = {u"",     u"Sales", u"Night",  u"alice",  u"Region",
+                                          u"Load", u"V",     u"C",      u"1",      u"0",
+                                          u"42",   u"1e9",   u"-1,5",   u"True",   u"NEW",
+                                          u"a\\b", u"()",    u"secret", u"\x2603", u"2024-02-29 23:59:59.999",
+                                          kLong};
   if (!input.Rarely(8)) return input.Pick(kTexts);
   const std::string bytes = input.Text(20);
   return std::u16string(bytes.begin(), bytes.end());

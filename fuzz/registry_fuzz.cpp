@@ -1,10 +1,13 @@
 // Sequences of registry calls, each compared with the answer of a model in memory.
 //
-// An input is a list of steps, each a letter (see Machine::Run) and its choices: "c00015" creates below the
+// An input is a list of steps, each a letter (see Machine::Take) and its choices: "c00015" creates below the
 // handle in the place 0 the key kNames[0] with the rights kRights[1] and puts its handle into the place 2
 // + 5.
 #include <array>
+#include <atomic>
+#include <functional>
 #include <optional>
+#include <thread>
 
 #include "fuzz/input.h"
 #include "fuzz/registry_model.h"
@@ -94,35 +97,58 @@ struct Handle {
   DWORD next = 0;  // where an enumeration goes on
 };
 
+// A thread that takes steps in turn with its owner, and whose calls have a connection of their own.
+class OtherThread {
+ public:
+  OtherThread() : thread_([this] { Serve(); }) {}
+  ~OtherThread() {
+    Pass(kOver);
+    thread_.join();
+  }
+  OtherThread(const OtherThread&) = delete;
+  OtherThread& operator=(const OtherThread&) = delete;
+
+  void Do(std::function<void()> step) {
+    step_ = std::move(step);
+    Pass(kIts);
+    turn_.wait(kIts);
+  }
+
+ private:
+  enum Turn { kOwners, kIts, kOver };
+
+  void Pass(Turn turn) {
+    turn_ = turn;
+    turn_.notify_one();
+  }
+  void Serve() {
+    for (turn_.wait(kOwners); turn_ == kIts; turn_.wait(kOwners)) {
+      step_();
+      Pass(kOwners);
+    }
+  }
+
+  std::atomic<Turn> turn_ = kOwners;
+  std::function<void()> step_;
+  std::thread thread_;
+};
+
 class Machine {
  public:
-  explicit Machine(Input& input) : input_(input) {
+  Machine(Input& input, OtherThread& other) : input_(input), other_(other) {
     handles_[0] = {HKEY_LOCAL_MACHINE, true, kRoot, KEY_ALL_ACCESS};
     handles_[1] = {HKEY_CLASSES_ROOT, true, kNoKey, KEY_ALL_ACCESS};
   }
 
   void Run() {
-    for (int steps = 0; steps < 40 && !input_.empty(); ++steps) {
-      switch (input_.Step("ocqskvdxlbmr")) {
-        case 'o': Open(false); break;
-        case 'c': Open(true); break;
-        case 'q': Query(); break;
-        case 's': Set(); break;
-        case 'k': EnumerateKeys(); break;
-        case 'v': EnumerateValues(); break;
-        case 'd': DeleteKey(); break;
-        case 'x': DeleteValue(); break;
-        case 'l': Close(input_.Pick(handles_)); break;
-        case 'b': Begin(); break;
-        case 'm': End(true); break;
-        default: End(false); break;
-      }
+    while (!IsOver()) {
+      TakeSteps();
+      if (!IsOver()) other_.Do([this] { TakeSteps(); });
     }
   }
 
   // Leaves the registry empty.
   void CleanUp() {
-    if (saved_) End(false);
     for (std::size_t place = kFirstOwn; place < handles_.size(); ++place)
       if (handles_[place].open) Close(handles_[place]);
     RequireEqual(RegFileBegin(), 0, "RegFileBegin");
@@ -134,6 +160,35 @@ class Machine {
 
  private:
   static constexpr std::size_t kFirstOwn = 2;
+
+  bool IsOver() const { return steps_ == 40 || input_.empty(); }
+
+  // Those that one thread takes. A batch is its thread's, and so is its end.
+  void TakeSteps() {
+    for (char letter = 0; !IsOver() && (letter != 't' || saved_); ++steps_) {
+      letter = input_.Step("ocqskvdxlbmrt");
+      Take(letter);
+    }
+    if (saved_) End(false);
+  }
+
+  void Take(char letter) {
+    switch (letter) {
+      case 'o': Open(false); break;
+      case 'c': Open(true); break;
+      case 'q': Query(); break;
+      case 's': Set(); break;
+      case 'k': EnumerateKeys(); break;
+      case 'v': EnumerateValues(); break;
+      case 'd': DeleteKey(); break;
+      case 'x': DeleteValue(); break;
+      case 'l': Close(input_.Pick(handles_)); break;
+      case 'b': Begin(); break;
+      case 'm': End(true); break;
+      case 'r': End(false); break;
+      default: break;
+    }
+  }
 
   std::string TakeName() {
     if (!input_.Rarely(20)) return input_.Pick(kNames);
@@ -331,6 +386,8 @@ class Machine {
   }
 
   Input& input_;
+  OtherThread& other_;
+  int steps_ = 0;
   Tree tree_;
   std::optional<Tree> saved_;  // while a batch is open
   std::array<Handle, 8> handles_;
@@ -341,8 +398,9 @@ class Machine {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static const moxel::fuzz::TempRegistry registry;
+  static moxel::fuzz::OtherThread other;
   moxel::fuzz::Input input(data, size);
-  moxel::fuzz::Machine machine(input);
+  moxel::fuzz::Machine machine(input, other);
   machine.Run();
   machine.CleanUp();
   return 0;
