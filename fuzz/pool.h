@@ -59,11 +59,9 @@ class Pool {
     Keep(Create(CLSID_RootVar));
   }
 
-  // A collection may hold what holds itself, as with any reference counting.
+  // What takes any value may have been given its own holder, as with any reference counting.
   ~Pool() {
-    Variant first(std::int32_t{1});
-    for (const auto& collection : collections_)
-      while (SUCCEEDED(collection->raw_Remove(&first))) continue;
+    for (const auto& holder : holders_) Empty(holder.get());
   }
   Pool(const Pool&) = delete;
   Pool& operator=(const Pool&) = delete;
@@ -71,7 +69,7 @@ class Pool {
   // Adds an object, in the place of another one where there are many.
   void Keep(ObjectPtr<IUnknown> object) {
     if (!object) return;
-    if (auto collection = ObjectPtr<_Collection>::Query(object.get())) collections_.push_back(collection);
+    if (TakesAnyValue(object.get())) holders_.push_back(object);
     if (objects_.size() == kMost)
       input_.Pick(objects_) = std::move(object);
     else
@@ -92,9 +90,23 @@ class Pool {
  private:
   static constexpr std::size_t kMost = 20;
 
+  static bool TakesAnyValue(IUnknown* object) {
+    return ObjectPtr<_Collection>::Query(object) || ObjectPtr<_User>::Query(object) ||
+           ObjectPtr<_Variable>::Query(object);
+  }
+
+  static void Empty(IUnknown* holder) {
+    if (auto collection = ObjectPtr<_Collection>::Query(holder))
+      for (Variant first(std::int32_t{1}); SUCCEEDED(collection->raw_Remove(&first));) continue;
+    if (auto user = ObjectPtr<_User>::Query(holder)) user->put_PasswordCrypted(Variant());
+    SHORT updated = 0;
+    if (auto variable = ObjectPtr<_Variable>::Query(holder))
+      variable->raw_Update(Variant(u"V"), 0, Variant(), Variant(), nullptr, &updated);
+  }
+
   Input& input_;
   std::vector<ObjectPtr<IUnknown>> objects_;
-  std::vector<ObjectPtr<_Collection>> collections_;
+  std::vector<ObjectPtr<IUnknown>> holders_;
 };
 
 }  // namespace moxel::fuzz
