@@ -21,7 +21,7 @@ namespace moxel {
 // 94 (null).
 class Variant : public VARIANT {
  public:
-  Variant() { VariantInit(this); }
+  Variant() : VARIANT{} {}
   Variant(std::int16_t value) : Variant(VT_I2) { iVal = value; }
   Variant(std::int32_t value) : Variant(VT_I4) { lVal = value; }
   Variant(double value) : Variant(VT_R8) { dblVal = value; }
@@ -40,8 +40,11 @@ class Variant : public VARIANT {
     if (object) object->AddRef();
   }
   Variant(const Variant& other) : Variant() { Check(VariantCopy(this, &other)); }
-  Variant(Variant&& other) noexcept : VARIANT(other) { VariantInit(&other); }
-  ~Variant() { VariantClear(this); }
+  Variant(Variant&& other) noexcept : VARIANT(other.Detach()) {}
+  // Numbers and dates, whose tags come first, own nothing.
+  ~Variant() {
+    if (vt > VT_DATE) VariantClear(this);
+  }
 
   Variant& operator=(Variant other) noexcept {
     std::swap(static_cast<VARIANT&>(*this), static_cast<VARIANT&>(other));
@@ -65,18 +68,6 @@ class Variant : public VARIANT {
     Variant copy;
     Check(VariantCopyInd(&copy, &bare));
     return copy;
-  }
-  // Takes over a bare variant, or a bare value, with what it holds.
-  static Variant Adopt(const VARIANT& bare) {
-    Variant adopted;
-    static_cast<VARIANT&>(adopted) = bare;
-    return adopted;
-  }
-  template <class T>
-  static Variant Adopt(VARENUM tag, T VARIANT::*member, T value) {
-    Variant adopted(tag);
-    adopted.*member = value;
-    return adopted;
   }
   // A bare variant seen as a value, for as long as it lives.
   static const Variant& View(const VARIANT& bare) { return reinterpret_cast<const Variant&>(bare); }
@@ -113,21 +104,14 @@ class Variant : public VARIANT {
   bool IsNumeric() const;
 
   // Hands the content to the caller.
-  VARIANT Detach() {
-    VARIANT content = *this;
-    VariantInit(this);
-    return content;
-  }
+  VARIANT Detach() { return std::exchange(static_cast<VARIANT&>(*this), VARIANT{}); }
 
  private:
   bool IsNumber() const {
     return vt == VT_I2 || vt == VT_I4 || vt == VT_R8 || vt == VT_DATE || vt == VT_BOOL;
   }
 
-  explicit Variant(VARENUM tag) {
-    VariantInit(this);
-    vt = tag;
-  }
+  explicit Variant(VARENUM tag) : VARIANT{} { vt = tag; }
 
   static void Check(HRESULT result) {
     if (result == E_OUTOFMEMORY) throw std::bad_alloc();

@@ -23,6 +23,9 @@ struct Parameter {
   bool by_reference = false;
 };
 
+// No member takes more.
+constexpr std::size_t kMostParameters = 8;
+
 // What a call by name can be; the values are those of the DISPATCH_ flags.
 enum class MemberKind : WORD {
   kMethod = DISPATCH_METHOD,

@@ -1,6 +1,7 @@
 #include "component/dispatch.h"
 
 #include <algorithm>
+#include <array>
 #include <optional>
 
 #include "component/boundary.h"
@@ -42,12 +43,14 @@ bool IsWellFormed(const DISPPARAMS* parameters) {
 class ArgumentList {
  public:
   ArgumentList(const Member& member, const DISPPARAMS& parameters)
-      : member_(member), given_(parameters), places_(member.parameters.size(), kOmitted) {}
+      : member_(member), given_(parameters), count_(member.parameters.size()) {
+    places_.fill(kOmitted);
+  }
 
   // S_OK, or why the arguments do not fit the member; `bad_argument` is an index of rgvarg.
   HRESULT Arrange(UINT& bad_argument) {
     const UINT positional = given_.cArgs - given_.cNamedArgs;
-    if (positional > places_.size()) return DISP_E_BADPARAMCOUNT;
+    if (positional > count_) return DISP_E_BADPARAMCOUNT;
     for (UINT i = 0; i < positional; ++i) places_[i] = given_.cArgs - 1 - i;
     for (UINT i = 0; i < given_.cNamedArgs; ++i) {
       std::optional<std::size_t> place = PlaceOf(given_.rgdispidNamedArgs[i]);
@@ -60,9 +63,9 @@ class ArgumentList {
     return Complete(bad_argument);
   }
 
-  const std::vector<const VARIANT*>& values() const { return values_; }
+  std::span<const VARIANT* const> values() const { return {values_.data(), count_}; }
   UINT IndexOf(std::size_t place) const {
-    return place < places_.size() && places_[place] != kOmitted ? places_[place] : 0;
+    return place < count_ && places_[place] != kOmitted ? places_[place] : 0;
   }
 
  private:
@@ -71,8 +74,8 @@ class ArgumentList {
   // A value put is the last parameter, named or not.
   std::optional<std::size_t> PlaceOf(DISPID named) const {
     bool puts = member_.kind == MemberKind::kPut || member_.kind == MemberKind::kPutRef;
-    if (puts && named == DISPID_PROPERTYPUT) return places_.size() - 1;
-    if (named < 0 || static_cast<std::size_t>(named) >= places_.size()) return std::nullopt;
+    if (puts && named == DISPID_PROPERTYPUT) return count_ - 1;
+    if (named < 0 || static_cast<std::size_t>(named) >= count_) return std::nullopt;
     return static_cast<std::size_t>(named);
   }
 
@@ -82,13 +85,13 @@ class ArgumentList {
   }
 
   HRESULT Complete(UINT& bad_argument) {
-    for (std::size_t place = 0; place < places_.size(); ++place) {
+    for (std::size_t place = 0; place < count_; ++place) {
       const Parameter& parameter = member_.parameters[place];
       if (places_[place] == kOmitted) {
         // Too few arguments, or enough of them but not for this one.
         if (!parameter.optional)
           return given_.cArgs < RequiredCount() ? DISP_E_BADPARAMCOUNT : DISP_E_PARAMNOTOPTIONAL;
-        values_.push_back(&MissingArgument());
+        values_[place] = &MissingArgument();
         continue;
       }
       const VARIANT* value = &given_.rgvarg[places_[place]];
@@ -97,15 +100,16 @@ class ArgumentList {
         bad_argument = places_[place];
         return DISP_E_PARAMNOTOPTIONAL;
       }
-      values_.push_back(value);
+      values_[place] = value;
     }
     return S_OK;
   }
 
   const Member& member_;
   const DISPPARAMS& given_;
-  std::vector<UINT> places_;
-  std::vector<const VARIANT*> values_;
+  std::size_t count_;
+  std::array<UINT, kMostParameters> places_;
+  std::array<const VARIANT*, kMostParameters> values_;
 };
 
 HRESULT PlatformCode(const AutomationError& error) {
@@ -198,19 +202,22 @@ HRESULT Invoke(const ClassInfo& info, IDispatch* object, DISPID id, REFIID reser
   const Member* member = ChooseMember(info, id, flags);
   if (!member) return DISP_E_MEMBERNOTFOUND;
   UINT bad_index = kNoArgument;
-  Variant answer;
+  Variant dropped;
+  VARIANT* answer = result ? result : &dropped;
   bool for_default_member = member->kind == MemberKind::kGet && member->parameters.empty() &&
                             parameters->cArgs > 0 && member->result.tag == VT_DISPATCH;
+  HRESULT status = E_OUTOFMEMORY;
   try {
-    HRESULT status = for_default_member
-                         ? CallDefaultMember(*member, object, *parameters, &answer, exception, bad_index)
-                         : CallMember(*member, object, *parameters, &answer, exception, bad_index);
-    if (FAILED(status) && bad_argument && bad_index != kNoArgument) *bad_argument = bad_index;
-    if (SUCCEEDED(status) && result) *result = answer.Detach();
-    return status;
+    status = for_default_member
+                 ? CallDefaultMember(*member, object, *parameters, answer, exception, bad_index)
+                 : CallMember(*member, object, *parameters, answer, exception, bad_index);
   } catch (const std::bad_alloc&) {
-    return E_OUTOFMEMORY;
   }
+  if (FAILED(status)) {
+    VariantClear(answer);
+    if (bad_argument && bad_index != kNoArgument) *bad_argument = bad_index;
+  }
+  return status;
 }
 
 }  // namespace moxel::component

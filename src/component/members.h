@@ -22,43 +22,42 @@ struct Traits {
 
 namespace detail {
 
-// What a slot's type is on the wire: its description, its making from a variant and the variant that takes it
-// over with all that it holds.
+// What a slot's type is on the wire: its description, the member of a variant that holds it, and its making from
+// a variant.
 template <class T>
 struct Wire;
 
 template <>
 struct Wire<SHORT> {
   static constexpr ValueType kType{VT_I2};
+  static constexpr auto kMember = &VARIANT::iVal;
   static SHORT From(const Variant& value) { return value.ToI2(); }
-  static Variant Take(SHORT value) { return value; }
 };
 
 template <>
 struct Wire<LONG> {
   static constexpr ValueType kType{VT_I4};
+  static constexpr auto kMember = &VARIANT::lVal;
   static LONG From(const Variant& value) { return value.ToI4(); }
-  static Variant Take(LONG value) { return value; }
 };
 
 template <>
 struct Wire<BSTR> {
   static constexpr ValueType kType{VT_BSTR};
+  static constexpr auto kMember = &VARIANT::bstrVal;
   static BSTR From(const Variant& value) { return Bstr(value.ToText()).Detach(); }
-  static Variant Take(BSTR value) { return Variant::Adopt(VT_BSTR, &VARIANT::bstrVal, value); }
 };
 
 template <>
 struct Wire<VARIANT> {
   static constexpr ValueType kType{VT_VARIANT};
   static VARIANT From(const Variant& value) { return Variant(value).Detach(); }
-  static Variant Take(VARIANT value) { return Variant::Adopt(value); }
 };
 
 template <>
 struct Wire<IUnknown*> {
   static constexpr ValueType kType{VT_UNKNOWN};
-  static Variant Take(IUnknown* value) { return Variant::Adopt(VT_UNKNOWN, &VARIANT::punkVal, value); }
+  static constexpr auto kMember = &VARIANT::punkVal;
 };
 
 template <std::derived_from<IDispatch> Interface>
@@ -68,14 +67,22 @@ struct Wire<Interface*> {
     if constexpr (!std::same_as<Interface, IDispatch>) type.interface_id = &Interface::iid;
     return type;
   }();
+  static constexpr auto kMember = &VARIANT::pdispVal;
   static Interface* From(const Variant& value) {
     if (value.vt != VT_DISPATCH) throw AutomationError::TypeMismatch();
     auto object = ObjectPtr<Interface>::Query(value.pdispVal);
     if (value.pdispVal && !object) throw AutomationError::TypeMismatch();
     return object.Detach();
   }
-  static Variant Take(IDispatch* value) { return Variant::Adopt(VT_DISPATCH, &VARIANT::pdispVal, value); }
 };
+
+// Hands a value with all that it holds to a variant.
+template <class T>
+void Store(T value, VARIANT& target) {
+  target.vt = Wire<T>::kType.tag;
+  target.*Wire<T>::kMember = value;
+}
+inline void Store(VARIANT value, VARIANT& target) { target = value; }
 
 // An argument coerced to the type of a slot's parameter, as the slot's callee may change it.
 template <class T>
@@ -87,7 +94,11 @@ class Argument {
   ~Argument() { Take(); }
 
   T& get() { return value_; }
-  Variant Take() { return Wire<T>::Take(std::exchange(value_, T{})); }
+  Variant Take() {
+    Variant taken;
+    Store(std::exchange(value_, T{}), taken);
+    return taken;
+  }
 
  private:
   T value_;
@@ -175,7 +186,7 @@ struct Caller {
     if constexpr (kHasResult) {
       std::remove_pointer_t<At<kCount>> answer{};
       status = (target->*Slot)(Pass<At<kAt>>(std::get<kAt>(holders))..., &answer);
-      if (SUCCEEDED(status)) *result = Wire<decltype(answer)>::Take(answer).Detach();
+      if (SUCCEEDED(status)) Store(answer, *result);
     } else {
       status = (target->*Slot)(Pass<At<kAt>>(std::get<kAt>(holders))...);
     }
@@ -203,6 +214,7 @@ struct Caller {
 
   static Member Describe(MemberKind kind, std::u16string_view name, DISPID id,
                          std::vector<Parameter> parameters, Traits traits) {
+    static_assert(kCount <= kMostParameters);
     parameters.resize(kCount);
     [&]<std::size_t... kAt>(std::index_sequence<kAt...>) { (Complete<kAt>(parameters), ...); }
     (std::make_index_sequence<kCount>());

@@ -89,8 +89,10 @@ IErrorInfo* Exchange(IErrorInfo* next) {
       if (IErrorInfo* last = std::exchange(current, nullptr)) last->Release();
     }
   };
-  thread_local Guard guard;
-  (void)guard;
+  if (next != nullptr) {
+    thread_local Guard guard;
+    (void)guard;
+  }
   return std::exchange(current, next);
 }
 
