@@ -1,30 +1,24 @@
 // Loading, walking and resetting configurations of growing size. `per_operation` is the time of one registry
 // operation: one read of a value, one write, or one step of an enumeration.
-#include <benchmark/benchmark.h>
 #include <malloc.h>
 #include <stdlib.h>
 
 #include <filesystem>
 #include <map>
 #include <memory>
-#include <string>
+#include <vector>
 
+#include "bench/beside.h"
 #include "moxel/platform/registry_file.h"
-#include "registry/settings.h"
 #include "registry/store.h"
 #include "root/root.h"
 
 namespace {
 
 using moxel::RegWriteValue;
+using moxel::bench::Numbered;
 
 constexpr int kTasks = 2;
-
-std::u16string Numbered(std::u16string_view prefix, std::int64_t number) {
-  std::u16string text(prefix);
-  for (char digit : std::to_string(number)) text.push_back(static_cast<char16_t>(digit));
-  return text;
-}
 
 // A registry file in a folder of its own. The first scenarios of a size belong to the domain Sales, all
 // others to none.
@@ -45,9 +39,10 @@ class Configuration {
   Configuration& operator=(const Configuration&) = delete;
 
   void Use() const {
-    ::setenv("MOXEL_REGISTRY", (folder_ / "registry.db").c_str(), 1);
+    ::setenv("MOXEL_REGISTRY", file().c_str(), 1);
     moxel::Main();
   }
+  std::string file() const { return folder_ / "registry.db"; }
 
  private:
   static void WriteScenario(const std::u16string& path, bool of_sales, int tasks) {
@@ -84,6 +79,70 @@ void ReportOperations(benchmark::State& state, std::int64_t operations) {
       benchmark::Counter(static_cast<double>(state.iterations() * operations),
                          benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
+
+// What is read and written of a scenario or of a task, for what has no lists to step through.
+struct Operation {
+  std::u16string key, name;
+  bool writes;
+};
+
+void AddReads(std::vector<Operation>& operations, const std::u16string& key) {
+  for (const char16_t* name :
+       {u"Domain", u"Dir", u"Traitement", u"Etat", u"UseSock", u"SockNum", u"Date Traitement"})
+    operations.push_back({key, name, false});
+}
+
+// Of LoadScenarios where there are no tasks, else of InitializeDomain.
+std::vector<Operation> OperationsOf(std::int64_t scenarios, int tasks) {
+  std::vector<Operation> operations;
+  for (std::int64_t i = 0; i < scenarios; ++i) {
+    const std::u16string path = Numbered(u"Scenarios\\S", i);
+    AddReads(operations, path);
+    for (int task = 1; task <= tasks; ++task) {
+      AddReads(operations, Numbered(path + u"\\Taches\\T", task));
+      operations.push_back({Numbered(path + u"\\Taches\\T", task), u"Etat", true});
+    }
+    if (tasks > 0)
+      for (const char16_t* name : {u"Etat", u"Date Traitement"}) operations.push_back({path, name, true});
+  }
+  return operations;
+}
+
+void RunBare(benchmark::State& state, std::int64_t of_sales, int tasks, int made_with) {
+  const auto& configuration = ConfigurationOf(state.range(0), of_sales, made_with);
+  moxel::bench::BareStatements bare(configuration.file());
+  struct Folded {
+    std::string path, name;
+    bool writes;
+  };
+  std::vector<Folded> operations;
+  for (const Operation& each : OperationsOf(state.range(0), tasks))
+    operations.push_back({moxel::bench::FoldedPath(each.key), moxel::bench::Folded(each.name), each.writes});
+  const std::string data("2\0", 2);
+  for (auto _ : state)
+    for (const Folded& each : operations)
+      each.writes ? bare.Write(each.path, each.name, data) : void(bare.Read(each.path, each.name));
+  ReportOperations(state, static_cast<std::int64_t>(operations.size()));
+}
+
+void RunFloor(benchmark::State& state, int tasks) {
+  moxel::Main();
+  moxel::bench::Floor floor;
+  const std::vector<Operation> operations = OperationsOf(state.range(0), tasks);
+  for (const Operation& each : operations) floor.Write(each.key, each.name, u"2");
+  for (auto _ : state)
+    for (const Operation& each : operations)
+      if (each.writes)
+        floor.Write(each.key, each.name, u"3");
+      else
+        benchmark::DoNotOptimize(floor.Read(each.key, each.name));
+  ReportOperations(state, static_cast<std::int64_t>(operations.size()));
+}
+
+void BareLoad(benchmark::State& state) { RunBare(state, 0, 0, kTasks); }
+BENCHMARK(BareLoad)->Arg(1'000)->Arg(10'000)->Unit(benchmark::kMillisecond);
+void FloorLoad(benchmark::State& state) { RunFloor(state, 0); }
+BENCHMARK(FloorLoad)->Arg(1'000)->Arg(10'000)->Unit(benchmark::kMillisecond);
 
 // Seven reads and one step a scenario.
 void LoadScenarios(benchmark::State& state) {
@@ -122,10 +181,11 @@ void WalkEverything(benchmark::State& state) {
 }
 BENCHMARK(WalkEverything)->Arg(1'000)->Arg(10'000)->Arg(100'000)->Unit(benchmark::kMillisecond);
 
-// Loads and resets a domain of 1,000 scenarios of 20 tasks: a step and seven reads a scenario, then its order
+// Loads and resets a domain of scenarios of 20 tasks: a step and seven reads a scenario, then its order
 // and its tasks (as above), a write a task and two for the scenario.
+constexpr int kManyTasks = 20;
+
 void InitializeDomain(benchmark::State& state) {
-  constexpr int kManyTasks = 20;
   const std::int64_t count = state.range(0);
   ConfigurationOf(count, count, kManyTasks);
   for (auto _ : state) {
@@ -135,5 +195,10 @@ void InitializeDomain(benchmark::State& state) {
   ReportOperations(state, count * (8 + kManyTasks * (1 + 8 + 1) + 2));
 }
 BENCHMARK(InitializeDomain)->Arg(10)->Arg(100)->Arg(1'000)->Unit(benchmark::kMillisecond);
+
+void BareReset(benchmark::State& state) { RunBare(state, state.range(0), kManyTasks, kManyTasks); }
+BENCHMARK(BareReset)->Arg(10)->Arg(100)->Unit(benchmark::kMillisecond);
+void FloorReset(benchmark::State& state) { RunFloor(state, kManyTasks); }
+BENCHMARK(FloorReset)->Arg(10)->Arg(100)->Unit(benchmark::kMillisecond);
 
 }  // namespace

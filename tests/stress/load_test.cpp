@@ -1,6 +1,7 @@
 // Eight hands on one file: every call's answer, values whole, updates kept, lists as they are, changes seen
 // at once.
 #include <poll.h>
+#include <sys/stat.h>
 
 #include <map>
 #include <set>
@@ -275,8 +276,8 @@ std::string ThereBehind(int n) {
 }
 
 // A reader that reads without pause, so that it keeps what it read, and must see a change as soon as it is
-// told of it.
-std::string WatchChanges(HKEY key, Board& board, Pipe& told, Pipe& done) {
+// told of it. One that may only read must be refused whatever it tries to write.
+std::string WatchChanges(HKEY key, Board& board, Pipe& told, Pipe& done, bool may_write) {
   std::string problems;
   for (int n = 0, number = 0; n >= 0;) {
     const int now = board.Time([&] { return NumberIn(key, "number"); });
@@ -288,6 +289,8 @@ std::string WatchChanges(HKEY key, Board& board, Pipe& told, Pipe& done) {
     if (!told.Receive(n)) break;
     std::string seen = board.Time([&] { return SeenBehind(key, n); });
     if (n >= 0 && seen != ThereBehind(n)) problems += seen + "instead of " + ThereBehind(n) + "\n";
+    if (!may_write && Text({Set(kRoot, "v", "1"), Create(kRoot, "mine").answer, RegFileBegin()}) != "5 5 5 ")
+      problems += "the reader may write\n";
     done.Send(n);
   }
   return problems;
@@ -297,6 +300,7 @@ TEST_P(ManyHands, AChangeIsSeenAsSoonAsItsCallHasReturned) {
   constexpr int kReaders = 3, kNoisy = 2;
   Pipe told[kReaders], done[kReaders];
   ASSERT_EQ(Set(key_, "number", "0"), 0);
+  ASSERT_EQ(::chmod(folder().c_str(), 0755), 0);
   auto write = [&]() -> std::string {
     const auto end = Clock::now() + std::chrono::seconds(kSeconds);
     std::string problems;
@@ -320,8 +324,10 @@ TEST_P(ManyHands, AChangeIsSeenAsSoonAsItsCallHasReturned) {
   EXPECT_EQ(AllAtOnce(GetParam(), 1 + kReaders + kNoisy,
                       [&](int me) {
                         if (me == 0) return write();
-                        return me <= kReaders ? WatchChanges(key_, board_, told[me - 1], done[me - 1])
-                                              : make_noise(me);
+                        if (me > kReaders) return make_noise(me);
+                        const bool may_write = me > 1 || GetParam() == kThreads || ::geteuid() != 0;
+                        if (!may_write) BecomeNobody();
+                        return WatchChanges(key_, board_, told[me - 1], done[me - 1], may_write);
                       }),
             "");
   std::cout << "[ figures  ] the number came to " << NumberIn(key_, "number") << "\n";

@@ -6,6 +6,8 @@
 #include <termios.h>
 #include <unistd.h>
 
+#include <filesystem>
+#include <fstream>
 #include <iostream>
 #include <nlohmann/json.hpp>
 #include <string>
@@ -475,7 +477,7 @@ TEST_F(ObjectModelCommandsTest, EveryVerbExplainsItselfWithAnExample) {
   }
 }
 
-TEST_F(ObjectModelCommandsTest, PasswordsAreNeverShown) {
+TEST_F(ObjectModelCommandsTest, PasswordsAreNeitherShownNorKeptInClear) {
   const std::string secret = "q7Kz#w";
   Do({"user", "create", "carol", "--permission", "1"}, secret);
   for (const Arguments& owner : {Arguments{"--domain", "Sales"}, Arguments{"--scenario", "Night"}})
@@ -498,6 +500,16 @@ TEST_F(ObjectModelCommandsTest, PasswordsAreNeverShown) {
   Do({"variable", "duplicate", "--domain", "Sales", "Keyed", "Copy"});
   EXPECT_EQ(Export().find(secret), std::string::npos);
   EXPECT_EQ(Do({"variable", "get", "--domain", "Sales", "Key"}), secret + "\n");
+  // Nor after they were replaced, with what the log and unused pages still hold.
+  Do({"user", "update", "carol", "--password"}, secret + "\n" + secret + "2\n" + secret + "2");
+  Do({"variable", "set", "--domain", "Sales", "Key"}, secret + "3\n" + secret + "4");
+  std::string kept;
+  for (const auto& entry : std::filesystem::directory_iterator(folder())) {
+    std::ifstream bytes(entry.path(), std::ios::binary);
+    kept.append(std::istreambuf_iterator(bytes), {});
+  }
+  EXPECT_NE(kept.find("carol"), std::string::npos);
+  EXPECT_EQ(kept.find(secret), std::string::npos);
 }
 
 // ---- A terminal

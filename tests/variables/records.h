@@ -79,7 +79,8 @@ std::string FieldsOf(const AnyVariable& variable) {
 class Owner final : public IDispatch {
  public:
   Owner(std::vector<IID> kinds, Variant key) : kinds_(std::move(kinds)), key_(std::move(key)) {
-    kinds_.insert(kinds_.end(), {IID_IUnknown, IID_IDispatch});
+    kinds_.push_back(IID_IUnknown);
+    kinds_.push_back(IID_IDispatch);
   }
   Owner(const Owner&) = delete;
   ~Owner() { EXPECT_EQ(references_, 1u) << "references to the owner do not balance"; }

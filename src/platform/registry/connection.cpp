@@ -281,7 +281,7 @@ Statement& Connection::Get(Sql sql) {
 
 void Connection::BeginBatch() {
   static std::atomic<std::uint64_t> latest = 0;
-  Execute("BEGIN IMMEDIATE");
+  Execute(Sql::kBeginWriting);
   batch_ = ++latest;
 }
 
@@ -384,13 +384,13 @@ bool Connection::has_gained_rights() const {
 Transaction::Transaction(Connection& connection, Kind kind)
     : connection_(connection), nested_(connection.in_transaction()) {
   if (nested_)
-    connection_.Execute("SAVEPOINT nested");
+    connection_.Execute(Sql::kBeginNested);
   else
-    connection_.Execute(kind == Kind::kWrite ? "BEGIN IMMEDIATE" : "BEGIN");
+    connection_.Execute(kind == Kind::kWrite ? Sql::kBeginWriting : Sql::kBegin);
 }
 
 void Transaction::Commit() {
-  connection_.Execute(nested_ ? "RELEASE nested" : "COMMIT");
+  connection_.Execute(nested_ ? Sql::kCommitNested : Sql::kCommit);
   open_ = false;
 }
 

@@ -72,6 +72,7 @@ class Connection {
   Statement& Get(Sql sql);
   Statement Prepare(const char* sql) { return Statement(database_.get(), path_, sql); }
   void Execute(const char* sql);
+  void Execute(Sql sql) { Query(Get(sql))->Step(); }
 
   LookUps& look_ups();
   // The file's marks, or none where it is read without its log.
@@ -93,6 +94,8 @@ class Connection {
   // True where it was opened for reading, and the rights on the file are more by now.
   bool has_gained_rights() const;
   std::int64_t changes() const { return sqlite3_changes64(database_.get()); }
+  // The id of the key that the last statement added.
+  std::int64_t added_id() const { return sqlite3_last_insert_rowid(database_.get()); }
   // A transaction over several calls.
   void BeginBatch();
   // The number of the batch that is open, which no other has; else 0.

@@ -1,7 +1,5 @@
 #include "platform/registry/handles.h"
 
-#include "platform/registry/failure.h"
-
 namespace moxel::platform {
 namespace {
 
@@ -20,10 +18,9 @@ HandleTable::HandleTable() {
   records_[HKEY_CLASSES_ROOT] = {{0, KEY_ALL_ACCESS}, nullptr};
 }
 
-HandleTable::Record& HandleTable::Find(HKEY handle) {
+HandleTable::Record* HandleTable::Find(HKEY handle) {
   auto found = records_.find(handle);
-  if (found == records_.end()) throw RegistryFailure(ERROR_INVALID_HANDLE);
-  return found->second;
+  return found == records_.end() ? nullptr : &found->second;
 }
 
 // Numbers are used in turn, so that a handle closed twice does not close another's.
@@ -36,34 +33,37 @@ HKEY HandleTable::Open(KeyHandle handle) {
   return number;
 }
 
-void HandleTable::Close(HKEY handle) {
+bool HandleTable::Close(HKEY handle) {
   std::lock_guard lock(mutex_);
-  Find(handle);
-  if (handle < HKEY_CLASSES_ROOT) records_.erase(handle);
+  if (handle >= HKEY_CLASSES_ROOT) return Find(handle) != nullptr;
+  return records_.erase(handle) == 1;
 }
 
-KeyHandle HandleTable::Get(HKEY handle) {
+std::optional<KeyHandle> HandleTable::Get(HKEY handle) {
   std::lock_guard lock(mutex_);
-  return Find(handle).handle;
+  const Record* record = Find(handle);
+  return record ? std::optional(record->handle) : std::nullopt;
 }
 
 Positions HandleTable::GetPositions(HKEY handle, const std::string& file, KeyId key, std::uint64_t batch) {
   std::lock_guard lock(mutex_);
   Positions positions{file, key, batch, {}, {}};
-  const auto& kept = Find(handle).positions;
-  if (kept && kept->key == key && kept->file == file && (kept->batch == 0 || kept->batch == batch)) {
-    positions.subkeys = kept->subkeys;
-    positions.values = kept->values;
+  const Record* record = Find(handle);
+  if (!record || !record->positions) return positions;
+  const Positions& kept = *record->positions;
+  if (kept.key == key && kept.file == file && (kept.batch == 0 || kept.batch == batch)) {
+    positions.subkeys = kept.subkeys;
+    positions.values = kept.values;
   }
   return positions;
 }
 
 void HandleTable::SetPositions(HKEY handle, const Positions& positions) {
   std::lock_guard lock(mutex_);
-  auto found = records_.find(handle);
-  if (found == records_.end()) return;  // closed meanwhile by another thread
-  if (!found->second.positions) found->second.positions = std::make_unique<Positions>();
-  *found->second.positions = positions;
+  Record* record = Find(handle);
+  if (!record) return;  // closed meanwhile by another thread
+  if (!record->positions) record->positions = std::make_unique<Positions>();
+  *record->positions = positions;
 }
 
 }  // namespace moxel::platform

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <unordered_map>
 
@@ -28,14 +29,16 @@ struct Positions {
   ValuePosition values;
 };
 
-// All handles of the process, shared by its threads. Unknown handles: RegistryFailure ERROR_INVALID_HANDLE.
+// All handles of the process, shared by its threads.
 class HandleTable {
  public:
   static HandleTable& Instance();
 
   HKEY Open(KeyHandle handle);
-  void Close(HKEY handle);
-  KeyHandle Get(HKEY handle);
+  // False for an unknown handle.
+  bool Close(HKEY handle);
+  // Nothing for an unknown handle.
+  std::optional<KeyHandle> Get(HKEY handle);
 
   // The positions last set for the handle, or initial ones where those belong to another key, file or batch.
   Positions GetPositions(HKEY handle, const std::string& file, KeyId key, std::uint64_t batch);
@@ -52,7 +55,7 @@ class HandleTable {
   };
 
   HandleTable();
-  Record& Find(HKEY handle);
+  Record* Find(HKEY handle);
 
   std::mutex mutex_;
   std::unordered_map<HKEY, Record> records_;

@@ -9,6 +9,9 @@ namespace {
 constexpr std::size_t kMaxKept = 1 << 20;
 constexpr std::size_t kMaxEntry = 4096;
 
+// No more values of a key are read ahead.
+constexpr std::size_t kMaxValues = 32;
+
 // An enumeration that goes on from page to page doubles them up to this many entries.
 constexpr std::size_t kMaxPage = 64;
 
@@ -43,6 +46,7 @@ void LookUps::Forget() {
   keys_.kept.clear();
   paths_.kept.clear();
   values_.kept.clear();
+  extents_.clear();
   subkeys_.clear();
   list_values_.clear();
   size_ = 0;
@@ -66,12 +70,41 @@ const std::optional<std::string>& LookUps::PathOf(KeyId key) {
 }
 
 const std::optional<StoredValue>& LookUps::FindValue(KeyId key, std::string_view folded_name) {
-  return Find(values_, ValueNameView{key, folded_name}, [&]() -> std::optional<StoredValue> {
-    Query query(connection_.Get(Sql::kFindValue));
-    query->Bind(1, key).Bind(2, folded_name);
-    if (!query->Step()) return std::nullopt;
-    return StoredValue{static_cast<DWORD>(query->Integer(0)), std::string(query->Text(1))};
-  });
+  return Find(values_, ValueNameView{key, folded_name}, [&] { return ReadValue(key, folded_name); });
+}
+
+std::optional<StoredValue> LookUps::ReadValue(KeyId key, std::string_view folded_name) {
+  if (mark_) {
+    Extent& extent = extents_[key];
+    if (extent == Extent::kOne) extent = ReadAllValues(key) ? Extent::kAll : Extent::kTooMuch;
+    if (extent == Extent::kNone) extent = Extent::kOne;
+    if (extent == Extent::kAll) {
+      const auto found = values_.kept.find(ValueNameView{key, folded_name});
+      return found == values_.kept.end() ? std::nullopt : found->second;
+    }
+  }
+  Query query(connection_.Get(Sql::kFindValue));
+  query->Bind(1, key).Bind(2, folded_name);
+  if (!query->Step()) return std::nullopt;
+  return StoredValue{static_cast<DWORD>(query->Integer(0)), std::string(query->Text(1))};
+}
+
+bool LookUps::ReadAllValues(KeyId key) {
+  std::vector<std::pair<ValueName, StoredValue>> all;
+  Query query(connection_.Get(Sql::kAllValues));
+  query->Bind(1, key).Bind(2, std::int64_t{kMaxValues + 1});
+  while (query->Step()) {
+    const bool large = query->Integer(2) > static_cast<std::int64_t>(kMaxEntry / 2);
+    if (large || all.size() == kMaxValues) return false;
+    all.push_back({{key, std::string(query->Text(0))},
+                   {static_cast<DWORD>(query->Integer(1)), std::string(query->Text(3))}});
+  }
+  if (marks_.Read() != mark_) return false;
+  for (auto& [name, value] : all) {
+    size_ += kEntryOverhead + name.folded.size() + value.data.size();
+    values_.kept.try_emplace(std::move(name), std::move(value));
+  }
+  return true;
 }
 
 template <class Entry>

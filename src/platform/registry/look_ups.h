@@ -100,12 +100,18 @@ class LookUps {
       return list_values_;
   }
 
+  // How much of a key's values is kept: who asks for a second one reads all of them, unless they are many or large.
+  enum class Extent { kNone, kOne, kAll, kTooMuch };
+
   // Whether what is read now may be kept: forgets what is kept when the file has changed since.
   bool MayKeep();
   // What the table keeps under a name, else what `ask` finds in the file.
   template <class Name, class Answer, class View, class Ask>
   const Answer& Find(Table<Name, Answer>& table, const View& name, Ask ask);
   void Forget();
+  std::optional<StoredValue> ReadValue(KeyId key, std::string_view folded_name);
+  // Keeps all values of a key; false where that is too much.
+  bool ReadAllValues(KeyId key);
 
   static std::size_t SizeOf(std::string_view text) { return text.size(); }
   static std::size_t SizeOf(KeyId) { return 0; }
@@ -122,6 +128,7 @@ class LookUps {
   Table<std::string, KeyId> keys_;
   Table<KeyId, std::optional<std::string>> paths_;
   Table<ValueName, std::optional<StoredValue>> values_;
+  std::unordered_map<KeyId, Extent> extents_;
   Pages<SubkeyEntry> subkeys_;
   Pages<ValueEntry> list_values_;
 };

@@ -42,9 +42,16 @@ KeyId FindKey(Connection* connection, const Name& path) {
   return connection ? connection->look_ups().FindKey(path.folded) : 0;
 }
 
+// What an open handle stands for. ERROR_INVALID_HANDLE for any other.
+KeyHandle Opened(HKEY handle) {
+  const std::optional<KeyHandle> opened = HandleTable::Instance().Get(handle);
+  if (!opened) throw RegistryFailure(ERROR_INVALID_HANDLE);
+  return *opened;
+}
+
 // The path of a handle's key. ERROR_KEY_DELETED when the key is gone.
 Name PathOf(Connection* connection, HKEY handle) {
-  KeyHandle opened = HandleTable::Instance().Get(handle);
+  KeyHandle opened = Opened(handle);
   if (handle == HKEY_CLASSES_ROOT) return ClassesPath();
   if (opened.key == kRootKey) return {};
   if (!connection) throw RegistryFailure(ERROR_KEY_DELETED);
@@ -53,17 +60,18 @@ Name PathOf(Connection* connection, HKEY handle) {
   return {*path, *path};  // it exists, so nothing is created under its text
 }
 
-// For calls that need no right on the handle's own key.
-void RequireOpen(HKEY handle) { HandleTable::Instance().Get(handle); }
-
-void RequireRight(HKEY handle, REGSAM right) {
-  if ((HandleTable::Instance().Get(handle).access & right) == 0) throw RegistryFailure(ERROR_ACCESS_DENIED);
+// ERROR_INVALID_HANDLE and ERROR_ACCESS_DENIED, as codes: clients go on with the handle 0 of a key that is not
+// there, and what happens often must cost little.
+LSTATUS CheckRight(HKEY handle, REGSAM right) {
+  const std::optional<KeyHandle> opened = HandleTable::Instance().Get(handle);
+  if (!opened) return ERROR_INVALID_HANDLE;
+  return (opened->access & right) != 0 ? ERROR_SUCCESS : ERROR_ACCESS_DENIED;
 }
 
 // The key behind a handle; 0 where HKEY_CLASSES_ROOT stands for a key that does not exist yet.
 KeyId KeyOf(Connection* connection, HKEY handle) {
   if (handle == HKEY_CLASSES_ROOT) return FindKey(connection, ClassesPath());
-  KeyId key = HandleTable::Instance().Get(handle).key;
+  KeyId key = Opened(handle).key;
   if (!connection && key != kRootKey) throw RegistryFailure(ERROR_KEY_DELETED);
   return key;
 }
@@ -80,8 +88,7 @@ KeyId AddPath(Connection& connection, const Name& path) {
       std::string_view name = std::string_view(path.text).substr(begin, end - begin);
       query->Bind(1, parent).Bind(2, upto.folded).Bind(3, name);
       query->Step();
-      key = query->Integer(0);
-      query->Step();
+      key = connection.added_id();
     }
     parent = key;
     begin = end + 1;
@@ -115,7 +122,7 @@ LSTATUS OpenKey(HKEY handle, LPCSTR subkey, REGSAM wanted, HKEY* result) {
   *result = 0;
   auto lease = Session::OfThisThread().Use();
   Name relative = MakePath(subkey);
-  RequireOpen(handle);
+  Opened(handle);
   Connection* connection = lease.ForReading();
   Name path = JoinPaths(PathOf(connection, handle), std::move(relative));
   KeyId key = FindKey(connection, path);
@@ -130,7 +137,7 @@ LSTATUS CreateKey(HKEY handle, LPCSTR subkey, REGSAM wanted, HKEY* result, DWORD
   auto lease = Session::OfThisThread().Use();
   Name relative = MakePath(subkey);
   if (HasOverlongLevel(relative)) return ERROR_INVALID_PARAMETER;
-  RequireOpen(handle);
+  Opened(handle);
   Connection* existing = lease.ForReading();
   Name path = JoinPaths(PathOf(existing, handle), std::move(relative));
   if (std::count(path.folded.begin(), path.folded.end(), '\\') >= kMaxDepth) return ERROR_INVALID_PARAMETER;
@@ -154,7 +161,7 @@ LSTATUS QueryValue(HKEY handle, LPCSTR value_name, DWORD* type, BYTE* data, DWOR
   if (data && !size) return ERROR_INVALID_PARAMETER;
   auto lease = Session::OfThisThread().Use();
   Name name = MakeName(value_name ? value_name : "");
-  RequireRight(handle, KEY_QUERY_VALUE);
+  if (LSTATUS refused = CheckRight(handle, KEY_QUERY_VALUE)) return refused;
   Connection* connection = lease.ForReading();
   if (KeyId key = KeyOf(connection, handle); connection && key != 0) {
     if (const auto& value = connection->look_ups().FindValue(key, name.folded)) {
@@ -176,7 +183,7 @@ LSTATUS SetValue(HKEY handle, LPCSTR value_name, DWORD type, const BYTE* data, D
   std::string bytes;
   if (size != 0) bytes.assign(reinterpret_cast<const char*>(data), size);
   if (type == REG_SZ && !bytes.empty() && bytes.back() != '\0') bytes.push_back('\0');
-  RequireRight(handle, KEY_SET_VALUE);
+  if (LSTATUS refused = CheckRight(handle, KEY_SET_VALUE)) return refused;
   if (!lease.MayWrite()) return ERROR_ACCESS_DENIED;
   Connection& connection = lease.ForWriting();
   KeyId key = KeyOf(&connection, handle);
@@ -184,6 +191,12 @@ LSTATUS SetValue(HKEY handle, LPCSTR value_name, DWORD type, const BYTE* data, D
     Transaction whole(connection, Transaction::Kind::kWrite);
     key = AddPath(connection, ClassesPath());
     whole.Commit();
+  }
+  {
+    Query query(connection.Get(Sql::kChangeValue));
+    query->Bind(1, key).Bind(2, name.folded).Bind(3, std::int64_t{type}).BindBlob(4, bytes);
+    query->Step();
+    if (connection.changes() == 1) return ERROR_SUCCESS;
   }
   Query query(connection.Get(Sql::kSetValue));
   query->Bind(1, key).Bind(2, name.folded).Bind(3, name.text).Bind(4, std::int64_t{type}).BindBlob(5, bytes);
@@ -208,7 +221,7 @@ LSTATUS EnumKey(HKEY handle, DWORD index, LPSTR name, DWORD* name_length, LPSTR 
                 DWORD* class_length, FILETIME* written) {
   if (!name || !name_length) return ERROR_INVALID_PARAMETER;
   auto lease = Session::OfThisThread().Use();
-  RequireRight(handle, KEY_ENUMERATE_SUB_KEYS);
+  if (LSTATUS refused = CheckRight(handle, KEY_ENUMERATE_SUB_KEYS)) return refused;
   Connection* connection = lease.ForReading();
   KeyId key = KeyOf(connection, handle);
   if (!connection || key == 0) return ERROR_NO_MORE_ITEMS;
@@ -227,7 +240,7 @@ LSTATUS EnumValue(HKEY handle, DWORD index, LPSTR name, DWORD* name_length, DWOR
                   DWORD* size) {
   if (!name || !name_length || (data && !size)) return ERROR_INVALID_PARAMETER;
   auto lease = Session::OfThisThread().Use();
-  RequireRight(handle, KEY_QUERY_VALUE);
+  if (LSTATUS refused = CheckRight(handle, KEY_QUERY_VALUE)) return refused;
   Connection* connection = lease.ForReading();
   KeyId key = KeyOf(connection, handle);
   if (!connection || key == 0) return ERROR_NO_MORE_ITEMS;
@@ -246,7 +259,7 @@ LSTATUS DeleteKey(HKEY handle, LPCSTR subkey) {
   if (!subkey) return ERROR_INVALID_PARAMETER;
   auto lease = Session::OfThisThread().Use();
   Name relative = MakePath(subkey);
-  RequireOpen(handle);
+  Opened(handle);
   Connection* existing = lease.ForReading();
   Name path = JoinPaths(PathOf(existing, handle), std::move(relative));
   if (FindKey(existing, path) == 0) return ERROR_FILE_NOT_FOUND;
@@ -273,7 +286,7 @@ LSTATUS DeleteKey(HKEY handle, LPCSTR subkey) {
 LSTATUS DeleteValue(HKEY handle, LPCSTR value_name) {
   auto lease = Session::OfThisThread().Use();
   Name name = MakeName(value_name ? value_name : "");
-  RequireRight(handle, KEY_SET_VALUE);
+  if (LSTATUS refused = CheckRight(handle, KEY_SET_VALUE)) return refused;
   Connection* existing = lease.ForReading();
   KeyId key = KeyOf(existing, handle);
   PathOf(existing, handle);  // reports a key that was deleted
@@ -334,7 +347,6 @@ LSTATUS RegDeleteValueA(HKEY hKey, LPCSTR lpValueName) {
 
 LSTATUS RegCloseKey(HKEY hKey) {
   return Answer([&] {
-    moxel::platform::HandleTable::Instance().Close(hKey);
-    return ERROR_SUCCESS;
+    return moxel::platform::HandleTable::Instance().Close(hKey) ? ERROR_SUCCESS : ERROR_INVALID_HANDLE;
   });
 }

@@ -28,22 +28,22 @@ CREATE TABLE changes(
   PRIMARY KEY(list, seq)) WITHOUT ROWID;
 
 CREATE TRIGGER subkey_added AFTER INSERT ON keys BEGIN
-  INSERT INTO changes SELECT 2 * new.parent, coalesce(max(seq), 0) + 1, new.path, 1
-    FROM changes WHERE list = 2 * new.parent;
+  INSERT INTO changes VALUES(2 * new.parent,
+    (SELECT coalesce(max(seq), 0) + 1 FROM changes WHERE list = 2 * new.parent), new.path, 1);
 END;
 CREATE TRIGGER subkey_removed AFTER DELETE ON keys BEGIN
-  INSERT INTO changes SELECT 2 * old.parent, coalesce(max(seq), 0) + 1, old.path, -1
-    FROM changes WHERE list = 2 * old.parent;
+  INSERT INTO changes VALUES(2 * old.parent,
+    (SELECT coalesce(max(seq), 0) + 1 FROM changes WHERE list = 2 * old.parent), old.path, -1);
   DELETE FROM vals WHERE key = old.id;
-  DELETE FROM changes WHERE list IN (2 * old.id, 2 * old.id + 1);
+  DELETE FROM changes WHERE list BETWEEN 2 * old.id AND 2 * old.id + 1;
 END;
 CREATE TRIGGER value_added AFTER INSERT ON vals BEGIN
-  INSERT INTO changes SELECT 2 * new.key + 1, coalesce(max(seq), 0) + 1, new.ordinal, 1
-    FROM changes WHERE list = 2 * new.key + 1;
+  INSERT INTO changes VALUES(2 * new.key + 1,
+    (SELECT coalesce(max(seq), 0) + 1 FROM changes WHERE list = 2 * new.key + 1), new.ordinal, 1);
 END;
 CREATE TRIGGER value_removed AFTER DELETE ON vals WHEN EXISTS (SELECT 1 FROM keys WHERE id = old.key) BEGIN
-  INSERT INTO changes SELECT 2 * old.key + 1, coalesce(max(seq), 0) + 1, old.ordinal, -1
-    FROM changes WHERE list = 2 * old.key + 1;
+  INSERT INTO changes VALUES(2 * old.key + 1,
+    (SELECT coalesce(max(seq), 0) + 1 FROM changes WHERE list = 2 * old.key + 1), old.ordinal, -1);
 END;
 CREATE TRIGGER change_added AFTER INSERT ON changes WHEN new.seq > 64 BEGIN
   DELETE FROM changes WHERE list = new.list AND seq = new.seq - 64;
@@ -61,11 +61,12 @@ const char* TextOf(Sql sql) {
     case Sql::kAddKey:
       // A key that is rolled back gives its place in the sequence away, while handles on it may be open.
       return "INSERT INTO keys(id, parent, path, name) VALUES("
-             "(SELECT seq + 1 + (random() & 0xFFFFFFF) FROM sqlite_sequence WHERE name = 'keys'), ?1, ?2, ?3)"
-             " RETURNING id";
+             "(SELECT seq + 1 + (random() & 0xFFFFFFF) FROM sqlite_sequence WHERE name = 'keys'), ?1, ?2, ?3)";
     case Sql::kHasSubkeys: return "SELECT 1 FROM keys WHERE parent = ?1 LIMIT 1";
     case Sql::kDeleteKey: return "DELETE FROM keys WHERE id = ?1";
     case Sql::kFindValue: return "SELECT type, data FROM vals WHERE key = ?1 AND folded = ?2";
+    case Sql::kAllValues: return "SELECT folded, type, length(data), data FROM vals WHERE key = ?1 LIMIT ?2";
+    case Sql::kChangeValue: return "UPDATE vals SET type = ?3, data = ?4 WHERE key = ?1 AND folded = ?2";
     case Sql::kSetValue:
       return "INSERT INTO vals(key, folded, ordinal, name, type, data)"
              " SELECT id, ?2, (SELECT coalesce(max(ordinal), 0) + 1 FROM vals WHERE key = ?1), ?3, ?4, ?5"
@@ -93,6 +94,11 @@ const char* TextOf(Sql sql) {
     case Sql::kFollowingValues:
       return "SELECT NULL, ordinal, name, type, data FROM vals WHERE key = ?1 AND ordinal > ?2"
              " ORDER BY ordinal LIMIT ?3";
+    case Sql::kBegin: return "BEGIN";
+    case Sql::kBeginWriting: return "BEGIN IMMEDIATE";
+    case Sql::kCommit: return "COMMIT";
+    case Sql::kBeginNested: return "SAVEPOINT nested";
+    case Sql::kCommitNested: return "RELEASE nested";
   }
   return nullptr;
 }

@@ -35,6 +35,8 @@ enum class Sql {
   kHasSubkeys,
   kDeleteKey,
   kFindValue,
+  kAllValues,
+  kChangeValue,
   kSetValue,
   kDeleteValue,
   kListVersion,
@@ -45,8 +47,13 @@ enum class Sql {
   kPreviousValue,
   kFollowingSubkeys,
   kFollowingValues,
+  kBegin,
+  kBeginWriting,
+  kCommit,
+  kBeginNested,
+  kCommitNested,
 };
-inline constexpr std::size_t kSqlCount = 16;
+inline constexpr std::size_t kSqlCount = 23;
 
 const char* TextOf(Sql sql);
 

@@ -128,7 +128,7 @@ void Session::Lease::Commit() {
   if (!session_.in_batch_) throw RegistryFailure(ERROR_INVALID_PARAMETER);
   try {
     CheckBatch();
-    session_.connection_->Execute("COMMIT");
+    session_.connection_->Execute(Sql::kCommit);
     session_.in_batch_ = false;
   } catch (const RegistryFailure&) {
     Rollback();

@@ -1,6 +1,5 @@
 // The file itself: what reads leave alone, files that are not ours or damaged, accounts without rights, full
 // disks.
-#include <grp.h>
 #include <sched.h>
 #include <sqlite3.h>
 #include <sys/mount.h>
@@ -168,10 +167,6 @@ TEST_F(RegistryFile, AFolderThatIsMissingOrIsNone) {
     EXPECT_EQ(Create(kRoot, kPath).answer, 3) << path;
     EXPECT_TRUE(CauseNamesTheFile()) << RegFileCause();
   }
-}
-
-void BecomeNobody() {
-  if (::setgroups(0, nullptr) != 0 || ::setgid(65534) != 0 || ::setuid(65534) != 0) ::_exit(1);
 }
 
 // What a sequence of calls answers: beginning and undoing a batch, opening for reading and for writing in

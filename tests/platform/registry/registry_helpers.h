@@ -2,6 +2,7 @@
 // processes that answer in words.
 #pragma once
 
+#include <grp.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/wait.h>
@@ -126,6 +127,11 @@ class RegistryKeyTest : public RegistryTest {
 
 // Runs in a thread of its own, so with a connection of its own that is closed at the end.
 inline void OnAnotherThread(const std::function<void()>& body) { std::thread(body).join(); }
+
+// Goes on as an account without any rights of its own; only root can.
+inline void BecomeNobody() {
+  if (::setgroups(0, nullptr) != 0 || ::setgid(65534) != 0 || ::setuid(65534) != 0) ::_exit(1);
+}
 
 // From one process to another; made before the fork, shared by both.
 class Pipe {
