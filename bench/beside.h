@@ -1,5 +1,5 @@
-// What the store is measured beside: the bare statements of the database library on the same file, and the floor,
-// which is hash maps behind the same conversions of texts.
+// What the store is measured beside: the bare statements of the database library on the same file, and the
+// floor, which is hash maps behind the same conversions of texts.
 #pragma once
 
 #include <benchmark/benchmark.h>

@@ -1,5 +1,5 @@
-// From the start of a process to its first variable, and its end: through the component, by a bare statement, and
-// the floor, a process that does nothing.
+// From the start of a process to its first variable, and its end: through the component, by a bare statement,
+// and the floor, a process that does nothing.
 #include <benchmark/benchmark.h>
 #include <spawn.h>
 #include <stdlib.h>
@@ -21,8 +21,8 @@ void StartProcess(benchmark::State& state, const std::string& program) {
   ::setenv("MOXEL_REGISTRY", (folder / "registry.db").c_str(), 1);
   moxel::Main();
   for (int i = 0; i < 20; ++i)
-    moxel::RegWriteValue(u"Domain\\Sales\\Var\\V" + std::u16string(1, static_cast<char16_t>(u'a' + i)), u"Value",
-                         REG_SZ, u"South");
+    moxel::RegWriteValue(u"Domain\\Sales\\Var\\V" + std::u16string(1, static_cast<char16_t>(u'a' + i)),
+                         u"Value", REG_SZ, u"South");
   moxel::RegWriteValue(u"Domain\\Sales\\Var\\Region", u"Value", REG_SZ, u"North");
   char* const arguments[] = {const_cast<char*>(program.c_str()), nullptr};
   for (auto _ : state) {

@@ -1,4 +1,5 @@
-// The store beside the bare statements that lie under it, on the same file in the same run, and beside the floor.
+// The store beside the bare statements that lie under it, on the same file in the same run, and beside the
+// floor.
 #include <stdlib.h>
 
 #include <filesystem>

@@ -22,8 +22,8 @@ struct Traits {
 
 namespace detail {
 
-// What a slot's type is on the wire: its description, the member of a variant that holds it, and its making from
-// a variant.
+// What a slot's type is on the wire: its description, the member of a variant that holds it, and its making
+// from a variant.
 template <class T>
 struct Wire;
 

@@ -60,8 +60,8 @@ Name PathOf(Connection* connection, HKEY handle) {
   return {*path, *path};  // it exists, so nothing is created under its text
 }
 
-// ERROR_INVALID_HANDLE and ERROR_ACCESS_DENIED, as codes: clients go on with the handle 0 of a key that is not
-// there, and what happens often must cost little.
+// ERROR_INVALID_HANDLE and ERROR_ACCESS_DENIED, as codes: clients go on with the handle 0 of a key that is
+// not there, and what happens often must cost little.
 LSTATUS CheckRight(HKEY handle, REGSAM right) {
   const std::optional<KeyHandle> opened = HandleTable::Instance().Get(handle);
   if (!opened) return ERROR_INVALID_HANDLE;

@@ -61,7 +61,8 @@ const char* TextOf(Sql sql) {
     case Sql::kAddKey:
       // A key that is rolled back gives its place in the sequence away, while handles on it may be open.
       return "INSERT INTO keys(id, parent, path, name) VALUES("
-             "(SELECT seq + 1 + (random() & 0xFFFFFFF) FROM sqlite_sequence WHERE name = 'keys'), ?1, ?2, ?3)";
+             "(SELECT seq + 1 + (random() & 0xFFFFFFF) FROM sqlite_sequence WHERE name = 'keys'), ?1, ?2, "
+             "?3)";
     case Sql::kHasSubkeys: return "SELECT 1 FROM keys WHERE parent = ?1 LIMIT 1";
     case Sql::kDeleteKey: return "DELETE FROM keys WHERE id = ?1";
     case Sql::kFindValue: return "SELECT type, data FROM vals WHERE key = ?1 AND folded = ?2";

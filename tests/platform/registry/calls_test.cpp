@@ -103,6 +103,23 @@ TEST_F(RegistryCalls, DataAreasAreNeverOverrun) {
   }
 }
 
+TEST_F(RegistryCalls, EveryValueIsFoundHoweverManyAndLargeTheKeysValuesAre) {
+  for (const int count : {1, 2, 31, 32, 33, 50})
+    for (const std::size_t size : {3u, 2048u, 2049u, 5000u}) {
+      const Key key =
+          Create(kRoot, std::string(kPath) + "\\" + std::to_string(count * 10000) + std::to_string(size));
+      auto data = [&](int i) { return std::string(i == count / 2 ? size : 2, static_cast<char>('A' + i)); };
+      for (int i = 0; i < count; ++i) ASSERT_EQ(Set(key, std::to_string(i), data(i)), 0);
+      for (int round = 0; round < 2; ++round) {
+        for (int i = 0; i < count; ++i) EXPECT_EQ(Get(key, std::to_string(i)), data(i));
+        EXPECT_EQ(Get(key, "none"), std::nullopt);
+      }
+      EXPECT_EQ(Text({Set(key, "0", "changed"), Remove(kValues, key, std::to_string(count - 1))}), "0 0 ");
+      EXPECT_EQ(Get(key, "0"), count == 1 ? std::nullopt : std::optional<std::string>("changed"));
+      EXPECT_EQ(Get(key, std::to_string(count - 1)), std::nullopt);
+    }
+}
+
 TEST_F(RegistryCalls, NameBuffersAreNeverOverrun) {
   ASSERT_EQ(Create(key_, "twelve chars").answer + Set(key_, "twelve chars", ""), 0);
   for (DWORD index : {0u, 1u, 0xFFFFFFFFu}) {
