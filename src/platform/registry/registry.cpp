@@ -175,6 +175,22 @@ LSTATUS QueryValue(HKEY handle, LPCSTR value_name, DWORD* type, BYTE* data, DWOR
   return ERROR_FILE_NOT_FOUND;
 }
 
+// False where there is no such value.
+bool ChangeValue(Connection& connection, KeyId key, const Name& name, DWORD type, const std::string& bytes) {
+  Query query(connection.Get(Sql::kChangeValue));
+  query->Bind(1, key).Bind(2, name.folded).Bind(3, std::int64_t{type}).BindBlob(4, bytes);
+  query->Step();
+  return connection.changes() == 1;
+}
+
+// False where there is no such key.
+bool AddValue(Connection& connection, KeyId key, const Name& name, DWORD type, const std::string& bytes) {
+  Query query(connection.Get(Sql::kAddValue));
+  query->Bind(1, key).Bind(2, name.folded).Bind(3, name.text).Bind(4, std::int64_t{type}).BindBlob(5, bytes);
+  query->Step();
+  return connection.changes() == 1;
+}
+
 LSTATUS SetValue(HKEY handle, LPCSTR value_name, DWORD type, const BYTE* data, DWORD size) {
   if (!data && size != 0) return ERROR_NOACCESS;
   auto lease = Session::OfThisThread().Use();
@@ -186,22 +202,13 @@ LSTATUS SetValue(HKEY handle, LPCSTR value_name, DWORD type, const BYTE* data, D
   if (LSTATUS refused = CheckRight(handle, KEY_SET_VALUE)) return refused;
   if (!lease.MayWrite()) return ERROR_ACCESS_DENIED;
   Connection& connection = lease.ForWriting();
+  Transaction whole(connection, Transaction::Kind::kWrite);
   KeyId key = KeyOf(&connection, handle);
-  if (key == 0) {
-    Transaction whole(connection, Transaction::Kind::kWrite);
-    key = AddPath(connection, ClassesPath());
-    whole.Commit();
-  }
-  {
-    Query query(connection.Get(Sql::kChangeValue));
-    query->Bind(1, key).Bind(2, name.folded).Bind(3, std::int64_t{type}).BindBlob(4, bytes);
-    query->Step();
-    if (connection.changes() == 1) return ERROR_SUCCESS;
-  }
-  Query query(connection.Get(Sql::kSetValue));
-  query->Bind(1, key).Bind(2, name.folded).Bind(3, name.text).Bind(4, std::int64_t{type}).BindBlob(5, bytes);
-  query->Step();
-  return connection.changes() == 1 ? ERROR_SUCCESS : ERROR_KEY_DELETED;
+  if (key == 0) key = AddPath(connection, ClassesPath());
+  if (!ChangeValue(connection, key, name, type, bytes) && !AddValue(connection, key, name, type, bytes))
+    return ERROR_KEY_DELETED;
+  whole.Commit();
+  return ERROR_SUCCESS;
 }
 
 // The entry of a list, null past its end; valid until the next look-up.

@@ -68,11 +68,10 @@ const char* TextOf(Sql sql) {
     case Sql::kFindValue: return "SELECT type, data FROM vals WHERE key = ?1 AND folded = ?2";
     case Sql::kAllValues: return "SELECT folded, type, length(data), data FROM vals WHERE key = ?1 LIMIT ?2";
     case Sql::kChangeValue: return "UPDATE vals SET type = ?3, data = ?4 WHERE key = ?1 AND folded = ?2";
-    case Sql::kSetValue:
+    case Sql::kAddValue:
       return "INSERT INTO vals(key, folded, ordinal, name, type, data)"
              " SELECT id, ?2, (SELECT coalesce(max(ordinal), 0) + 1 FROM vals WHERE key = ?1), ?3, ?4, ?5"
-             " FROM keys WHERE id = ?1"
-             " ON CONFLICT(key, folded) DO UPDATE SET type = excluded.type, data = excluded.data";
+             " FROM keys WHERE id = ?1";
     case Sql::kDeleteValue: return "DELETE FROM vals WHERE key = ?1 AND folded = ?2";
     case Sql::kListVersion: return "SELECT coalesce(max(seq), 0) FROM changes WHERE list = ?1";
     case Sql::kListChanges: return "SELECT place, delta FROM changes WHERE list = ?1 AND seq > ?2";

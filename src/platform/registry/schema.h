@@ -37,7 +37,7 @@ enum class Sql {
   kFindValue,
   kAllValues,
   kChangeValue,
-  kSetValue,
+  kAddValue,
   kDeleteValue,
   kListVersion,
   kListChanges,
