@@ -50,7 +50,9 @@ class BareStatements {
  public:
   explicit BareStatements(const std::string& file) {
     sqlite3_open_v2(file.c_str(), &database_, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
-    sqlite3_exec(database_, "PRAGMA synchronous = NORMAL", nullptr, nullptr, nullptr);
+    // As the component has it.
+    sqlite3_exec(database_, "PRAGMA synchronous = NORMAL; PRAGMA cache_size = -65536", nullptr, nullptr,
+                 nullptr);
     Prepare("SELECT data FROM vals WHERE key = (SELECT id FROM keys WHERE path = ?1) AND folded = ?2", read_);
     Prepare("UPDATE vals SET data = ?3 WHERE key = (SELECT id FROM keys WHERE path = ?1) AND folded = ?2",
             write_);

@@ -212,6 +212,7 @@ HRESULT Invoke(const ClassInfo& info, IDispatch* object, DISPID id, REFIID reser
                  ? CallDefaultMember(*member, object, *parameters, answer, exception, bad_index)
                  : CallMember(*member, object, *parameters, answer, exception, bad_index);
   } catch (const std::bad_alloc&) {
+    // The status says so already.
   }
   if (FAILED(status)) {
     VariantClear(answer);

@@ -2,6 +2,8 @@
 // behind it.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <map>
@@ -341,6 +343,30 @@ TEST_F(EndToEndTest, TheTypicalRequestChangesTheRunStateAndTheVariables) {
       Scenarios\Night\Taches\Check  Etat=dword:0    Scenarios\Night\Taches\Load  Etat=dword:0
       Scenarios\Night\Var\Tries  Value=dword:0)");
   EXPECT_EQ(after, ConfigurationAt(""));
+}
+
+TEST_F(EndToEndTest, ObjectsGoOnOnBothSidesOfAFork) {
+  const auto sales = Reach("Domaines(Sales)"), rate = Reach("Domaines(Sales).Variables(Rate)");
+  auto initialize = [&] { return CallMethod(rate.get(), u"Initialize", {sales.get()}).ToI2(); };
+  auto value = [](const char* path) { return Shown(GetProperty(Reach(path).get(), u"Value")); };
+  const std::string before = value("Domaines(Sales).Variables(Rate)"),
+                    initial = Shown(GetProperty(rate.get(), u"Init"));
+  ASSERT_NE(before, initial);
+  const pid_t child = ::fork();
+  if (child == 0) {
+    initialize();
+    ::_exit(value("Domaines(Sales).Variables(Rate)") == initial &&
+                    value("Domaines(Sales).Variables(Team)") != ""
+                ? 0
+                : 1);
+  }
+  int status = -1;
+  ::waitpid(child, &status, 0);
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(value("Domaines(Sales).Variables(Rate)"), initial) << "the child's change";
+  EXPECT_EQ(Shown(GetProperty(rate.get(), u"Value")), before) << "the parent's object holds what it held";
+  initialize();
+  EXPECT_EQ(Shown(GetProperty(rate.get(), u"Value")), initial);
 }
 
 }  // namespace

@@ -8,49 +8,58 @@ namespace {
 const int kKills = Setting("MOXEL_STRESS_KILLS", 40);
 constexpr int kWriters = 6, kReaders = 2;
 
+// The calls of a change, and which of them say what.
+constexpr int kCalls = 8, kCommitted = 4, kCreated = 5, kRemoved = 7;
+
 class Killing : public RegistryLoad {
  protected:
-  // One change of several calls: a batch, then a key that comes as another goes. Reported when all of it has
-  // returned.
-  LSTATUS Change(HKEY own, int n, std::mt19937& random) {
-    const std::string right = Uniform(random() % 20000);
-    for (LSTATUS answer :
-         {board_.Time(RegFileBegin), board_.Time([&] { return Set(own, "left", Digits(n)); }),
-          board_.Time([&] { return Set(own, "bytes", right); }),
-          board_.Time([&] { return Set(own, "right", Digits(n)); }), board_.Time(RegFileCommit),
-          board_.Time([&] { return Create(own, "key" + Digits(n)).answer; }),
-          board_.Time([&] { return Set(own, "reported", Digits(n)); })})
-      if (answer != 0) return answer;
-    const LSTATUS gone = board_.Time([&] { return Remove(kSubkeys, own, "key" + Digits(n - 1)); });
-    return gone == 2 ? 0 : gone;
+  // One change of several calls: a batch, then a key that comes as another goes. What has returned stands on
+  // the board, which outlives the writer.
+  LSTATUS Change(HKEY own, int n, std::mt19937& random, std::atomic<int>& returned) {
+    const std::string bytes = Uniform(random() % 20000);
+    const std::function<LSTATUS()> calls[] = {RegFileBegin,
+                                              [&] { return Set(own, "left", Digits(n)); },
+                                              [&] { return Set(own, "bytes", bytes); },
+                                              [&] { return Set(own, "right", Digits(n)); },
+                                              RegFileCommit,
+                                              [&] { return Create(own, "key" + Digits(n)).answer; },
+                                              [&] { return Set(own, "last", Digits(n)); },
+                                              [&] { return Remove(kSubkeys, own, "key" + Digits(n - 1)); }};
+    static_assert(std::size(calls) == kCalls);
+    for (int i = 0; i < kCalls; ++i) {
+      const LSTATUS answer = board_.Time(calls[i]);
+      if (answer != 0 && !(i == kRemoved && answer == 2)) return answer;
+      returned = n * kCalls + i;
+    }
+    return 0;
   }
 
   // Goes on where its predecessor was killed. Opens and closes the file often: that too is killed.
-  std::string Write(int me, Pipe& reports) {
+  std::string Write(int me) {
     std::mt19937 random(std::random_device{}());
     int n = NumberIn(Open(kRoot, NameOf(me)), "left");
     for (LSTATUS answer = 0; !board_.stop;) {
       OnAnotherThread([&] {
         Key own = Create(kRoot, NameOf(me));
-        for (auto rest = random() % 20; answer == 0 && rest > 0; --rest) {
-          answer = Change(own, ++n, random);
-          if (answer == 0) reports.Send(n);
-        }
+        for (auto rest = random() % 20; answer == 0 && rest > 0; --rest)
+          answer = Change(own, ++n, random, board_.returned[me]);
       });
       if (answer != 0) return Digits(answer) + " " + RegFileCause();
     }
     return "";
   }
 
-  // What a writer left is whole, and not less than it reported.
-  static std::string Judge(HKEY own, int reported) {
+  // What a writer left is whole, and every call that returned has had its effect.
+  static std::string Judge(HKEY own, int returned) {
+    const int n = returned / kCalls, call = returned % kCalls;
     const int left = NumberIn(own, "left"), right = NumberIn(own, "right");
     const std::string bytes = Get(own, "bytes").value_or("");
     if (left != right) return "half of a batch: " + Digits(left) + " and " + Digits(right) + "\n";
     if (bytes != Uniform(bytes.size())) return "a torn value\n";
-    if (left < reported || NumberIn(own, "reported") < reported) return "lost what was reported\n";
-    if (reported > 0 && left == reported && Open(own, "key" + Digits(reported)).answer != 0)
-      return "lost a key\n";
+    if (left < (call >= kCommitted ? n : n - 1)) return "lost a batch\n";
+    if (call >= kCreated && Open(own, "key" + Digits(n)).answer != 0) return "lost a key\n";
+    if (call > kCreated && NumberIn(own, "last") < n) return "lost a value\n";
+    if (call == kRemoved && Open(own, "key" + Digits(n - 1)).answer != 2) return "a deleted key is there\n";
     return "";
   }
 
@@ -77,19 +86,13 @@ TEST_F(Killing, LosesNothingReportedAndHoldsUpNobody) {
   std::mt19937 random(std::random_device{}());
   std::deque<Child> readers;
   for (int i = 0; i < kReaders; ++i) readers.emplace_back([&] { return Read(); });
-  int reported[kWriters] = {};
-  std::deque<std::optional<Pipe>> reports(kWriters);
   std::deque<std::optional<Child>> writers(kWriters);
-  auto start = [&](std::size_t me) {
-    reports[me].emplace();
-    writers[me].emplace([&, me] { return Write(static_cast<int>(me), *reports[me]); });
-    reports[me]->CloseWriting();
-  };
+  auto start = [&](std::size_t me) { writers[me].emplace([&, me] { return Write(static_cast<int>(me)); }); };
   auto kill = [&](std::size_t me) {
     writers[me]->Kill();
     EXPECT_EQ(writers[me]->Answer(), " ended with status 9");
-    while (reports[me]->Receive(reported[me])) continue;
-    OnAnotherThread([&] { EXPECT_EQ(Judge(Open(kRoot, NameOf(static_cast<int>(me))), reported[me]), ""); });
+    OnAnotherThread(
+        [&] { EXPECT_EQ(Judge(Open(kRoot, NameOf(static_cast<int>(me))), board_.returned[me]), ""); });
   };
   for (std::size_t me = 0; me < kWriters; ++me) start(me);
   for (int i = 0; i < kKills && !HasFailure(); ++i) {

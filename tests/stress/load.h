@@ -37,6 +37,7 @@ class Board {
  public:
   std::atomic<std::int64_t> calls = 0, counted = 0, longest_microseconds = 0;
   std::atomic<int> arrived = 0;
+  std::atomic<int> returned[8] = {};  // of each hand, the number of the last call that did
   std::atomic<bool> stop = false;
 
   // Returns when `hands` hands have come for the n-th time.

@@ -32,6 +32,7 @@ class Statement {
   void Reset() { sqlite3_reset(handle_.get()); }
 
   std::int64_t Integer(int column) const { return sqlite3_column_int64(handle_.get(), column); }
+  bool IsNull(int column) const { return sqlite3_column_type(handle_.get(), column) == SQLITE_NULL; }
   // Valid until the next Step or Reset.
   std::string_view Text(int column) const;
 

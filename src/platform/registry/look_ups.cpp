@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "platform/registry/failure.h"
+
 namespace moxel::platform {
 namespace {
 
@@ -9,8 +11,9 @@ namespace {
 constexpr std::size_t kMaxKept = 1 << 20;
 constexpr std::size_t kMaxEntry = 4096;
 
-// No more values of a key are read ahead.
+// No more values of a key are read ahead, and none that is larger, with its name.
 constexpr std::size_t kMaxValues = 32;
+constexpr std::size_t kMaxValue = 2048;
 
 // An enumeration that goes on from page to page doubles them up to this many entries.
 constexpr std::size_t kMaxPage = 64;
@@ -38,8 +41,9 @@ const Answer& LookUps::Find(Table<Name, Answer>& table, const View& name, Ask as
   // Only what no change came between belongs to the mark.
   const std::size_t size = kEntryOverhead + SizeOf(name) + SizeOf(answer);
   if (!may_keep || size > kMaxEntry || marks_.Read() != mark_) return table.passing = std::move(answer);
-  size_ += size;
-  return table.kept.emplace(Name(name), std::move(answer)).first->second;
+  const auto [kept, is_new] = table.kept.try_emplace(Name(name), std::move(answer));
+  if (is_new) size_ += size;
+  return kept->second;
 }
 
 void LookUps::Forget() {
@@ -75,10 +79,14 @@ const std::optional<StoredValue>& LookUps::FindValue(KeyId key, std::string_view
 
 std::optional<StoredValue> LookUps::ReadValue(KeyId key, std::string_view folded_name) {
   if (mark_) {
-    Extent& extent = extents_[key];
-    if (extent == Extent::kOne) extent = ReadAllValues(key) ? Extent::kAll : Extent::kTooMuch;
-    if (extent == Extent::kNone) extent = Extent::kOne;
-    if (extent == Extent::kAll) {
+    auto [known, is_new] = extents_.try_emplace(key, Extent::kOne);
+    if (is_new) {
+      size_ += kEntryOverhead;
+    } else if (known->second == Extent::kOne) {
+      known->second = Extent::kTooMuch;
+      if (ReadAllValues(key)) known->second = Extent::kAll;
+    }
+    if (known->second == Extent::kAll) {
       const auto found = values_.kept.find(ValueNameView{key, folded_name});
       return found == values_.kept.end() ? std::nullopt : found->second;
     }
@@ -89,22 +97,23 @@ std::optional<StoredValue> LookUps::ReadValue(KeyId key, std::string_view folded
   return StoredValue{static_cast<DWORD>(query->Integer(0)), std::string(query->Text(1))};
 }
 
-bool LookUps::ReadAllValues(KeyId key) {
+bool LookUps::ReadAllValues(KeyId key) try {
   std::vector<std::pair<ValueName, StoredValue>> all;
   Query query(connection_.Get(Sql::kAllValues));
-  query->Bind(1, key).Bind(2, std::int64_t{kMaxValues + 1});
+  query->Bind(1, key).Bind(2, std::int64_t{kMaxValues + 1}).Bind(3, std::int64_t{kMaxValue});
   while (query->Step()) {
-    const bool large = query->Integer(2) > static_cast<std::int64_t>(kMaxEntry / 2);
-    if (large || all.size() == kMaxValues) return false;
+    if (query->IsNull(2) || all.size() == kMaxValues) return false;
     all.push_back({{key, std::string(query->Text(0))},
-                   {static_cast<DWORD>(query->Integer(1)), std::string(query->Text(3))}});
+                   {static_cast<DWORD>(query->Integer(1)), std::string(query->Text(2))}});
   }
   if (marks_.Read() != mark_) return false;
   for (auto& [name, value] : all) {
-    size_ += kEntryOverhead + name.folded.size() + value.data.size();
-    values_.kept.try_emplace(std::move(name), std::move(value));
+    const std::size_t size = kEntryOverhead + name.folded.size() + value.data.size();
+    if (values_.kept.try_emplace(std::move(name), std::move(value)).second) size_ += size;
   }
   return true;
+} catch (const RegistryFailure&) {
+  return false;  // one of them cannot be read; it need not be the one that is asked for
 }
 
 template <class Entry>

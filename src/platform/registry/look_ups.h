@@ -102,7 +102,7 @@ class LookUps {
 
   // How much of a key's values is kept: who asks for a second one reads all of them, unless they are many or
   // large.
-  enum class Extent { kNone, kOne, kAll, kTooMuch };
+  enum class Extent { kOne, kAll, kTooMuch };
 
   // Whether what is read now may be kept: forgets what is kept when the file has changed since.
   bool MayKeep();

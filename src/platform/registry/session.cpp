@@ -130,7 +130,7 @@ void Session::Lease::Commit() {
     CheckBatch();
     session_.connection_->Execute(Sql::kCommit);
     session_.in_batch_ = false;
-  } catch (const RegistryFailure&) {
+  } catch (...) {
     Rollback();
     throw;
   }

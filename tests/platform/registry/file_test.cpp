@@ -307,12 +307,12 @@ TEST_F(RegistryFile, ABackupIsOneMomentOfABusyRegistryAndRestores) {
     return RegFileCommit();
   };
   ASSERT_EQ(write(key, 0), 0);
-  Pipe done;
-  Child writer([&] {
-    for (int number = 1; number <= 400; ++number)
+  auto write_on = [&, stop = folder() / "stop"] {
+    for (int number = 1; !fs::exists(stop); ++number)
       if (write(Create(kRoot, kPath), number) != 0) return std::string("refused");
     return std::string("wrote");
-  });
+  };
+  Child writer(write_on), other_writer(write_on);
   for (int i = 0; i < 10; ++i) {
     EXPECT_EQ(RegFileBackup(backup.c_str()), 0) << RegFileCause();
     ::setenv("MOXEL_REGISTRY", backup.c_str(), 1);
@@ -321,7 +321,9 @@ TEST_F(RegistryFile, ABackupIsOneMomentOfABusyRegistryAndRestores) {
     EXPECT_EQ(Get(copy, "a"), Get(copy, "b")) << "half of a transaction";
     ::setenv("MOXEL_REGISTRY", file().c_str(), 1);
   }
-  EXPECT_EQ(writer.Answer(), "wrote");
+  WriteBytes(folder() / "stop", "");
+  EXPECT_EQ(writer.Answer() + other_writer.Answer(), "wrotewrote");
+  EXPECT_EQ(write(key, 400), 0);
   EXPECT_EQ(RegFileBackup(backup.c_str()), 0);
   Key later = Create(key, "later");
   EXPECT_EQ(write(key, 999), 0);
@@ -348,6 +350,7 @@ TEST_F(RegistryFile, ANewFileIsSharedWithTheGroupOfItsFolder) {
        {std::pair<mode_t, mode_t>{02775, 0664}, {0775, 0600}, {02755, 0600}}) {
     const fs::path place = folder() / std::to_string(folder_mode);
     fs::create_directory(place);
+    const bool other_group = ::geteuid() == 0 && ::chown(place.c_str(), 0, 65534) == 0;
     ::chmod(place.c_str(), folder_mode);
     ::setenv("MOXEL_REGISTRY", (place / "r.db").c_str(), 1);
     EXPECT_EQ(Set(Create(kRoot, kPath), "v", "1"), 0);
@@ -355,6 +358,7 @@ TEST_F(RegistryFile, ANewFileIsSharedWithTheGroupOfItsFolder) {
       struct stat status;
       ASSERT_EQ(::stat((RegFilePath() + std::string(end)).c_str(), &status), 0);
       EXPECT_EQ(status.st_mode & 0777, file_mode) << end << folder_mode;
+      EXPECT_EQ(status.st_gid, other_group && (folder_mode & S_ISGID) ? 65534 : ::getegid()) << end;
     }
   }
   ::umask(mask);
@@ -394,6 +398,45 @@ TEST_F(RegistryFile, AFileThatIsReplacedOrDeletedUnderItsUsersIsNoticed) {
     EXPECT_EQ(read(), "none") << "what was deleted does not come back out of the log";
     EXPECT_EQ(RegFileCheck(), 0) << RegFileCause();
   }
+}
+
+TEST_F(RegistryFile, AFileSystemThatIsReadOnlyIsReadAndRefusesWrites) {
+  const fs::path disk = folder() / "disk";
+  fs::create_directory(disk);
+  Child child([&]() -> std::string {
+    if (::unshare(CLONE_NEWNS) != 0 || ::mount("", "/", "", MS_REC | MS_PRIVATE, "") != 0 ||
+        ::mount("tmpfs", disk.c_str(), "tmpfs", 0, "size=1m") != 0)
+      return "no mount";
+    ::setenv("MOXEL_REGISTRY", (disk / "registry.db").c_str(), 1);
+    OnAnotherThread([] { Set(Create(kRoot, kPath), "v", "1"); });
+    ::mount("", disk.c_str(), "", MS_REMOUNT | MS_RDONLY, "");
+    return Get(Open(kRoot, kPath), "v").value_or("none") + " " +
+           Text({Open(kRoot, kPath, KEY_WRITE).answer, Set(kRoot, "v", "2"), Create(kRoot, "new").answer,
+                 Remove(kSubkeys, kRoot, kPath), RegFileBegin(), RegFileCheck()});
+  });
+  const std::string answer = child.Answer();
+  if (answer == "no mount") GTEST_SKIP() << "this machine lets no file system be mounted";
+  EXPECT_EQ(answer, "1 5 5 5 5 5 0 ");
+}
+
+// No log, so no header that tells of changes: every read goes to the file, at once where it has a log again.
+TEST_F(RegistryFile, AFileWithoutALogIsReadAsItIs) {
+  OnAnotherThread([] { Set(Create(kRoot, kPath), "v", "1"); });
+  auto run = [this](const char* sql) {
+    sqlite3* database = nullptr;
+    sqlite3_open(file().c_str(), &database);
+    EXPECT_EQ(sqlite3_exec(database, sql, nullptr, nullptr, nullptr), SQLITE_OK) << sql;
+    sqlite3_close(database);
+  };
+  run("PRAGMA journal_mode = DELETE");
+  auto read = [] { return Get(Open(kRoot, kPath), "v").value_or("none"); };
+  for (char value = '1'; value <= '9'; ++value) {
+    run((std::string("UPDATE vals SET data = CAST('") + value + "' AS BLOB)").c_str());
+    EXPECT_EQ(read(), std::string(1, value));
+    EXPECT_EQ(read(), std::string(1, value));
+  }
+  EXPECT_EQ(Set(Create(kRoot, kPath), "v", "again"), 0);
+  EXPECT_EQ(read(), "again");
 }
 
 TEST_F(RegistryFile, AFullDiskIsReportedAndLosesNothing) {
