@@ -287,14 +287,15 @@ std::string WatchChanges(HKEY key, Board& board, Pipe& told, Pipe& done, bool ma
   std::string problems;
   for (int n = 0, number = 0; n >= 0;) {
     const int now = board.Time([&] { return NumberIn(key, "number"); });
-    if (now < number) problems += "the number fell back\n";
+    if (now < number) problems += std::string("the number fell back ") + RegFileCause() + "\n";
     number = now;
     SeenBehind(key, n);
     pollfd ready{told.reading_end(), POLLIN, 0};
     if (::poll(&ready, 1, 0) == 0) continue;
     if (!told.Receive(n)) break;
     std::string seen = board.Time([&] { return SeenBehind(key, n); });
-    if (n >= 0 && seen != ThereBehind(n)) problems += seen + "instead of " + ThereBehind(n) + "\n";
+    if (n >= 0 && seen != ThereBehind(n))
+      problems += seen + "instead of " + ThereBehind(n) + " " + RegFileCause() + "\n";
     if (!may_write && Text({Set(kRoot, "v", "1"), Create(kRoot, "mine").answer, RegFileBegin(),
                             Remove(kValues, key, "number"), Remove(kSubkeys, kRoot, kPath)}) != "5 5 5 5 5 ")
       problems += "the reader may write\n";

@@ -126,11 +126,24 @@ std::string BareFileUri(const std::string& path) {
   return uri + "?immutable=1";
 }
 
+// Who may not repair the log's header takes one that is just being written for one that a killed writer left.
+// Only the latter stays so.
+template <class Call>
+int Persist(Call call) {
+  int code = call();
+  for (int attempts = 0; code == SQLITE_READONLY_RECOVERY && attempts < 100; ++attempts) {
+    std::this_thread::sleep_for(std::chrono::microseconds(10) * attempts);
+    code = call();
+  }
+  return code;
+}
+
 }  // namespace
 
 Statement::Statement(sqlite3* database, const std::string& path, const char* sql) : path_(&path) {
   sqlite3_stmt* handle = nullptr;
-  int code = sqlite3_prepare_v3(database, sql, -1, SQLITE_PREPARE_PERSISTENT, &handle, nullptr);
+  int code = Persist(
+      [&] { return sqlite3_prepare_v3(database, sql, -1, SQLITE_PREPARE_PERSISTENT, &handle, nullptr); });
   if (code != SQLITE_OK) Fail(database, code, path);
   handle_.reset(handle);
 }
@@ -152,7 +165,8 @@ Statement& Statement::BindBlob(int index, std::string_view bytes) {
 }
 
 bool Statement::Step() {
-  int code = sqlite3_step(handle_.get());
+  // It begins anew after a failure.
+  int code = Persist([this] { return sqlite3_step(handle_.get()); });
   if (code == SQLITE_ROW) return true;
   if (code == SQLITE_DONE) return false;
   Fail(sqlite3_db_handle(handle_.get()), code, *path_);
@@ -321,7 +335,7 @@ void Connection::Check() {
 }
 
 void Connection::Execute(const char* sql) {
-  int code = sqlite3_exec(database_.get(), sql, nullptr, nullptr, nullptr);
+  int code = Persist([&] { return sqlite3_exec(database_.get(), sql, nullptr, nullptr, nullptr); });
   if (code != SQLITE_OK) Fail(database_.get(), code, path_);
 }
 
