@@ -1,11 +1,14 @@
 // The file itself: what reads leave alone, files that are not ours or damaged, accounts without rights, full
 // disks.
+#include <fcntl.h>
 #include <sched.h>
 #include <sqlite3.h>
+#include <sys/mman.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
+#include <atomic>
 #include <chrono>
 #include <fstream>
 #include <functional>
@@ -258,6 +261,39 @@ TEST_F(RegistryAccount, AReaderSeesEveryChangeWithAndWithoutRights) {
     OnAnotherThread([&] { set('8'); });
     EXPECT_EQ(seen(), '8');
   }
+}
+
+// Who may not repair the log's header must not take one that is being written for a broken one.
+TEST_F(RegistryAccount, AReaderWaitsForAHeaderThatIsBeingWritten) {
+  MakeFile(1);
+  Pipe gate;
+  Child reader([&gate] {
+    gate.Rest(), BecomeNobody();
+    Answers failures;
+    for (int i = 0; i < 2000; ++i)
+      if (Query(Open(kRoot, std::string(kPath) + "\\key0"), "v") != 0) failures.push_back(i);
+    return Text(failures);
+  });
+  EXPECT_EQ(Set(kRoot, "w", "1"), 0);  // a writer that stays
+  const int index = ::open((file().string() + "-shm").c_str(), O_RDWR);
+  void* header = ::mmap(nullptr, 96, PROT_READ | PROT_WRITE, MAP_SHARED, index, 0);
+  ASSERT_NE(header, MAP_FAILED);
+  std::atomic_ref<std::uint32_t> second_copy(static_cast<std::uint32_t*>(header)[14]);
+  std::atomic<bool> stop = false;
+  std::thread writer([&] {
+    while (!stop) {
+      second_copy ^= 1;
+      std::this_thread::yield();
+      second_copy ^= 1;
+      std::this_thread::yield();
+    }
+  });
+  gate.CloseWriting();
+  EXPECT_EQ(reader.Answer(), "");
+  stop = true;
+  writer.join();
+  ::munmap(header, 96);
+  ::close(index);
 }
 
 TEST_F(RegistryAccount, RightsTakenAwayCountAtOnce) {
