@@ -23,9 +23,9 @@ trap 'rm -rf "$logs"' EXIT
 for program in "${programs[@]}"; do
   echo "== $(basename "$program")"
   result=0
-  (echo "$BASHPID" > "$logs/main" && exec valgrind --quiet --error-exitcode=99 --leak-check=full \
-    --errors-for-leak-kinds=none --fair-sched=yes --log-file="$logs/%p.log" "$program" --gtest_brief=1 \
-    --gtest_filter=-*AnInterruptGives*) || result=$?
+  (echo "$BASHPID" > "$logs/main" && exec valgrind --quiet --log-file="$logs/%p.log" --error-exitcode=99 --fair-sched=yes \
+    --leak-check=full --show-leak-kinds=definite,indirect --errors-for-leak-kinds=none \
+    "$program" --gtest_brief=1 --gtest_filter='-*AnInterruptGives*') || result=$?
   # Children that were forked beside other threads have lost what those held; every other finding counts.
   if [ "$result" -ne 0 ] || grep -q 'lost in loss record' "$logs/$(cat "$logs/main").log" ||
     grep -qE 'Invalid|[Uu]ninitialised|unaddressable|Mismatched' "$logs"/*.log; then
