@@ -21,7 +21,7 @@ namespace moxel {
 // 94 (null).
 class Variant : public VARIANT {
  public:
-  Variant() : VARIANT{} {}
+  Variant() : VARIANT() {}
   Variant(std::int16_t value) : Variant(VT_I2) { iVal = value; }
   Variant(std::int32_t value) : Variant(VT_I4) { lVal = value; }
   Variant(double value) : Variant(VT_R8) { dblVal = value; }
@@ -104,14 +104,14 @@ class Variant : public VARIANT {
   bool IsNumeric() const;
 
   // Hands the content to the caller.
-  VARIANT Detach() { return std::exchange(static_cast<VARIANT&>(*this), VARIANT{}); }
+  VARIANT Detach() { return std::exchange(static_cast<VARIANT&>(*this), VARIANT()); }
 
  private:
   bool IsNumber() const {
     return vt == VT_I2 || vt == VT_I4 || vt == VT_R8 || vt == VT_DATE || vt == VT_BOOL;
   }
 
-  explicit Variant(VARENUM tag) : VARIANT{} { vt = tag; }
+  explicit Variant(VARENUM tag) : VARIANT() { vt = tag; }
 
   static void Check(HRESULT result) {
     if (result == E_OUTOFMEMORY) throw std::bad_alloc();
