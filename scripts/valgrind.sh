@@ -28,7 +28,7 @@ for program in "${programs[@]}"; do
     "$program" --gtest_brief=1 --gtest_filter='-*AnInterruptGives*') || result=$?
   # Children that were forked beside other threads have lost what those held; every other finding counts.
   if [ "$result" -ne 0 ] || grep -q 'lost in loss record' "$logs/$(cat "$logs/main").log" ||
-    grep -qE 'Invalid|[Uu]ninitialised|unaddressable|Mismatched' "$logs"/*.log; then
+    grep -qE 'Invalid|ninitialised|unaddressable|Mismatched|overlap|fishy|Jump to|signal (4|6|7|8|11) ' "$logs"/*.log; then
     cat "$logs"/*.log
     echo "valgrind.sh: $program failed ($result)" >&2
     exit 1

@@ -352,17 +352,11 @@ TEST_F(EndToEndTest, ObjectsGoOnOnBothSidesOfAFork) {
   const std::string before = value("Domaines(Sales).Variables(Rate)"),
                     initial = Shown(GetProperty(rate.get(), u"Init"));
   ASSERT_NE(before, initial);
-  const pid_t child = ::fork();
-  if (child == 0) {
+  Child child([&] {
     initialize();
-    ::_exit(value("Domaines(Sales).Variables(Rate)") == initial &&
-                    value("Domaines(Sales).Variables(Team)") != ""
-                ? 0
-                : 1);
-  }
-  int status = -1;
-  ::waitpid(child, &status, 0);
-  EXPECT_EQ(status, 0);
+    return value("Domaines(Sales).Variables(Rate)") + value("Domaines(Sales).Variables(Team)");
+  });
+  EXPECT_EQ(child.Answer(), initial + value("Domaines(Sales).Variables(Team)"));
   EXPECT_EQ(value("Domaines(Sales).Variables(Rate)"), initial) << "the child's change";
   EXPECT_EQ(Shown(GetProperty(rate.get(), u"Value")), before) << "the parent's object holds what it held";
   initialize();

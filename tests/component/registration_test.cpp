@@ -29,8 +29,8 @@ std::string Braced(const GUID& guid) {
 void Collect(const std::string& path, std::set<std::string>& found) {
   const Key key = Open(HKEY_CLASSES_ROOT, path);
   found.insert(path + " = " + Get(key, "").value_or("(none)").c_str());
-  for (const std::string& name : NamesOf(key, SubkeyName))
-    Collect(path.empty() ? name : path + "\\" + name, found);
+  for (DWORD index = 0; const auto name = NameAt(kSubkeys, key, index); ++index)
+    Collect(path.empty() ? *name : path + "\\" + *name, found);
 }
 
 // Every key of the classes, with its default value.

@@ -19,7 +19,7 @@ namespace {
 namespace fs = std::filesystem;
 
 const int kStride = Setting("MOXEL_STRESS_STRIDE", 97);
-const int kDamages = Setting("MOXEL_STRESS_DAMAGES", 30);
+const int kDamages = Setting("MOXEL_STRESS_DAMAGES", 100);
 
 void UseFile(const fs::path& path) { ::setenv("MOXEL_REGISTRY", path.c_str(), 1); }
 

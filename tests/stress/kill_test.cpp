@@ -15,7 +15,7 @@ class Killing : public RegistryLoad {
  protected:
   // One change of several calls: a batch, then a key that comes as another goes. What has returned stands on
   // the board, which outlives the writer.
-  LSTATUS Change(HKEY own, int n, std::mt19937& random, std::atomic<int>& returned) {
+  LSTATUS Change(HKEY own, int n, bool is_first, std::mt19937& random, std::atomic<int>& returned) {
     const std::string bytes = Uniform(random() % 20000);
     const std::function<LSTATUS()> calls[] = {RegFileBegin,
                                               [&] { return Set(own, "left", Digits(n)); },
@@ -28,7 +28,8 @@ class Killing : public RegistryLoad {
     static_assert(std::size(calls) == kCalls);
     for (int i = 0; i < kCalls; ++i) {
       const LSTATUS answer = board_.Time(calls[i]);
-      if (answer != 0 && !(i == kRemoved && answer == 2)) return answer;
+      // The predecessor may have been killed before it created its key.
+      if (answer != 0 && !(is_first && i == kRemoved && answer == 2)) return answer;
       returned = n * kCalls + i;
     }
     return 0;
@@ -37,12 +38,13 @@ class Killing : public RegistryLoad {
   // Goes on where its predecessor was killed. Opens and closes the file often: that too is killed.
   std::string Write(int me) {
     std::mt19937 random(std::random_device{}());
-    int n = NumberIn(Open(kRoot, NameOf(me)), "left");
+    const int found = NumberIn(Open(kRoot, NameOf(me)), "left");
+    int n = found;
     for (LSTATUS answer = 0; !board_.stop;) {
       OnAnotherThread([&] {
         Key own = Create(kRoot, NameOf(me));
         for (auto rest = random() % 20; answer == 0 && rest > 0; --rest)
-          answer = Change(own, ++n, random, board_.returned[me]);
+          ++n, answer = Change(own, n, n == found + 1, random, board_.returned[me]);
       });
       if (answer != 0) return Digits(answer) + " " + RegFileCause();
     }

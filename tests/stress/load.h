@@ -14,7 +14,7 @@
 #include <random>
 #include <string>
 
-#include "tests/platform/registry/registry_helpers.h"
+#include "tests/support/registry_access.h"
 
 namespace moxel::test {
 

@@ -71,17 +71,15 @@ inline std::string TextOf(const Stored& stored) {
 // Writes a configuration into the registry, over what is there.
 inline void Configure(std::string_view text) {
   ASSERT_EQ(RegFileBegin(), 0);
-  Key key;
+  std::string path;
   for (const std::string& token : TokensOf(text)) {
-    if (IsKey(token)) {
-      key = Create(HKEY_LOCAL_MACHINE, AbsolutePath(token));
-      continue;
-    }
+    if (IsKey(token)) path = AbsolutePath(token);
+    const Key key = Create(HKEY_LOCAL_MACHINE, path);
+    if (IsKey(token)) continue;
     const std::size_t equals = token.find('=');
     const Stored stored = StoredFrom(token.substr(equals + 1));
     ASSERT_EQ(Set(key, token.substr(0, equals), stored.bytes, stored.type), 0) << token;
   }
-  key.Close();
   ASSERT_EQ(RegFileCommit(), 0);
 }
 
@@ -92,7 +90,8 @@ inline std::string ConfigurationAt(const std::string& path) {
   for (const auto& [name, stored] : ReadRecord(path)) text += "  " + name + "=" + TextOf(stored);
   text += '\n';
   const Key key = Open(HKEY_LOCAL_MACHINE, AbsolutePath(path));
-  for (const std::string& name : NamesOf(key, SubkeyName)) text += ConfigurationAt(path + '\\' + name);
+  for (DWORD index = 0; const auto name = NameAt(kSubkeys, key, index); ++index)
+    text += ConfigurationAt(path + '\\' + *name);
   return text;
 }
 

@@ -1,13 +1,14 @@
-// What the registry's tests share: handles that close themselves, one-line access to keys and values, and
-// child processes that answer in words.
+// What the registry's tests share: keys that close themselves, one-line access to keys and values, and child
+// processes that answer in words.
 #pragma once
 
+#include <grp.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <array>
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
@@ -22,46 +23,32 @@
 
 namespace moxel::test {
 
-class Key {
- public:
-  explicit Key(HKEY handle = 0) : handle_(handle) {}
-  ~Key() { Close(); }
-  Key(Key&& other) noexcept : handle_(std::exchange(other.handle_, 0)) {}
-  Key& operator=(Key&& other) noexcept {
-    std::swap(handle_, other.handle_);
-    return *this;
-  }
-  operator HKEY() const { return handle_; }
-  HKEY* Out() { return &handle_; }
-  void Close() {
-    if (handle_ != 0) RegCloseKey(std::exchange(handle_, 0));
-  }
+inline constexpr HKEY kRoot = HKEY_LOCAL_MACHINE;
+inline constexpr const char* kPath = "SOFTWARE\\X";
 
- private:
-  HKEY handle_;
+// A handle, and what the call answered that made it. The handle is 0 after a failure, which later calls
+// then report.
+struct Key {
+  ~Key() {
+    if (handle != 0) RegCloseKey(handle);
+  }
+  Key& operator=(Key&&) = delete;
+  operator HKEY() const { return handle; }
+
+  LSTATUS answer;
+  HKEY handle;
 };
 
-inline LSTATUS TryOpen(HKEY base, const std::string& path, REGSAM access = KEY_READ) {
-  Key key;
-  return RegOpenKeyExA(base, path.c_str(), 0, access, key.Out());
-}
-
-inline LSTATUS TryCreate(HKEY base, const std::string& path) {
-  Key key;
-  return RegCreateKeyExA(base, path.c_str(), 0, nullptr, 0, KEY_READ, nullptr, key.Out(), nullptr);
-}
-
-// Handles for tests that are about something else: 0 on a failure, which later calls then report.
 inline Key Open(HKEY base, const std::string& path, REGSAM access = KEY_READ) {
-  Key key;
-  RegOpenKeyExA(base, path.c_str(), 0, access, key.Out());
-  return key;
+  HKEY handle = 77;
+  LSTATUS answer = RegOpenKeyExA(base, path.c_str(), 0, access, &handle);
+  return {answer, handle};
 }
 
-inline Key Create(HKEY base, const std::string& path, REGSAM access = KEY_ALL_ACCESS) {
-  Key key;
-  RegCreateKeyExA(base, path.c_str(), 0, nullptr, 0, access, nullptr, key.Out(), nullptr);
-  return key;
+inline Key Create(HKEY base, const std::string& path, REGSAM access = KEY_ALL_ACCESS, DWORD* made = nullptr) {
+  HKEY handle = 77;
+  LSTATUS answer = RegCreateKeyExA(base, path.c_str(), 0, nullptr, 0, access, nullptr, &handle, made);
+  return {answer, handle};
 }
 
 inline LSTATUS Set(HKEY key, const std::string& name, std::string_view bytes, DWORD type = REG_BINARY) {
@@ -69,124 +56,135 @@ inline LSTATUS Set(HKEY key, const std::string& name, std::string_view bytes, DW
                         static_cast<DWORD>(bytes.size()));
 }
 
+inline LSTATUS Query(HKEY key, const std::string& name, char* area = nullptr, DWORD* size = nullptr) {
+  return RegQueryValueExA(key, name.c_str(), nullptr, nullptr, reinterpret_cast<BYTE*>(area), size);
+}
+
 // A value's bytes, or nothing where the query fails.
 inline std::optional<std::string> Get(HKEY key, const std::string& name) {
   std::string data(70000, '\0');
-  auto size = static_cast<DWORD>(data.size());
-  if (RegQueryValueExA(key, name.c_str(), nullptr, nullptr, reinterpret_cast<BYTE*>(data.data()), &size) != 0)
-    return std::nullopt;
-  data.resize(size);
-  return data;
+  DWORD size = 70000;
+  return Query(key, name, data.data(), &size) == 0 ? std::optional(data.substr(0, size)) : std::nullopt;
 }
 
-// The name at an index, or nothing where the call answers anything but success.
-inline std::optional<std::string> SubkeyName(HKEY key, DWORD index) {
-  char name[300];
+// The two lists of a key, which are stepped through and changed alike.
+enum List { kSubkeys, kValues };
+
+inline LSTATUS Step(List list, HKEY key, DWORD index, std::string* found = nullptr) {
+  char name[16384];
   DWORD length = sizeof name;
-  if (RegEnumKeyExA(key, index, name, &length, nullptr, nullptr, nullptr, nullptr) != 0) return std::nullopt;
-  return std::string(name, length);
+  LSTATUS answer = list == kValues
+                       ? RegEnumValueA(key, index, name, &length, nullptr, nullptr, nullptr, nullptr)
+                       : RegEnumKeyExA(key, index, name, &length, nullptr, nullptr, nullptr, nullptr);
+  if (answer == 0 && found != nullptr) found->assign(name, length);
+  return answer;
 }
 
-inline std::optional<std::string> ValueName(HKEY key, DWORD index) {
-  static thread_local std::array<char, 16384> name;
-  DWORD length = name.size();
-  if (RegEnumValueA(key, index, name.data(), &length, nullptr, nullptr, nullptr, nullptr) != 0)
-    return std::nullopt;
-  return std::string(name.data(), length);
+inline std::optional<std::string> NameAt(List list, HKEY key, DWORD index) {
+  std::string name;
+  return Step(list, key, index, &name) == 0 ? std::optional(name) : std::nullopt;
 }
 
-using NameAt = std::optional<std::string> (*)(HKEY, DWORD);
-
-inline std::vector<std::string> NamesOf(HKEY key, NameAt name_at) {
-  std::vector<std::string> names;
-  while (auto name = name_at(key, static_cast<DWORD>(names.size()))) names.push_back(*name);
+// All names, each with a comma behind it.
+inline std::string Names(List list, HKEY key) {
+  std::string names;
+  for (DWORD index = 0; auto name = NameAt(list, key, index); ++index) names += *name + ",";
   return names;
 }
 
-// Runs in a thread of its own, so with a connection of its own that is closed at the end.
-template <class Body>
-void OnAnotherThread(Body&& body) {
-  std::thread(std::forward<Body>(body)).join();
+inline LSTATUS Add(List list, HKEY key, const std::string& name) {
+  return list == kValues ? Set(key, name, name) : Create(key, name).answer;
 }
 
-// A forked process that answers with a text; a test's process never runs on in it.
+inline LSTATUS Remove(List list, HKEY key, const std::string& name) {
+  return list == kValues ? RegDeleteValueA(key, name.c_str()) : RegDeleteKeyA(key, name.c_str());
+}
+
+// Codes, or other numbers that calls answer with.
+using Answers = std::vector<std::int64_t>;
+
+inline std::string Text(const Answers& answers) {
+  std::string text;
+  for (auto answer : answers) text += std::to_string(answer) + " ";
+  return text;
+}
+
+// What every call that works on a key answers, given arguments that are right.
+inline Answers AllCalls(HKEY key) {
+  return {Open(key, "below").answer, Open(key, "", KEY_ALL_ACCESS).answer,
+          Create(key, "new").answer, Query(key, "v"),
+          Set(key, "v", "1"),        Step(kSubkeys, key, 0),
+          Step(kValues, key, 0),     Remove(kSubkeys, key, "below"),
+          Remove(kValues, key, "v")};
+}
+
+inline bool CauseNamesTheFile() { return std::string(RegFileCause()).starts_with(RegFilePath()); }
+
+class RegistryKeyTest : public RegistryTest {
+ protected:
+  Key key_ = Create(kRoot, kPath);
+};
+
+// Runs in a thread of its own, so with a connection of its own that is closed at the end.
+inline void OnAnotherThread(const std::function<void()>& body) { std::thread(body).join(); }
+
+// Goes on as an account without any rights of its own; only root can.
+inline void BecomeNobody() {
+  if (::setgroups(0, nullptr) != 0 || ::setgid(65534) != 0 || ::setuid(65534) != 0) ::_exit(1);
+}
+
+// From one process to another; made before the fork, shared by both.
+class Pipe {
+ public:
+  Pipe() { EXPECT_EQ(::pipe(ends_), 0); }
+  ~Pipe() { CloseWriting(), ::close(ends_[0]); }
+  Pipe& operator=(Pipe&&) = delete;
+
+  void CloseWriting() { ::close(std::exchange(ends_[1], -1)); }
+  void Write(std::string_view text) {
+    EXPECT_EQ(::write(ends_[1], text.data(), text.size()), std::ssize(text));
+  }
+  void Send(int number) { Write({reinterpret_cast<const char*>(&number), sizeof number}); }
+  int reading_end() const { return ends_[0]; }
+  bool Receive(int& number) { return ::read(ends_[0], &number, sizeof number) == sizeof number; }
+
+  // What is written until every process has closed its writing end, or is gone.
+  std::string Rest() {
+    CloseWriting();
+    std::string text;
+    for (char c; ::read(ends_[0], &c, 1) == 1;) text += c;
+    return text;
+  }
+
+ private:
+  int ends_[2] = {-1, -1};
+};
+
+// A forked process that answers with a text; a test's process never runs on in it, whatever is thrown.
 class Child {
  public:
-  explicit Child(const std::function<std::string()>& body) {
-    int ends[2];
-    if (::pipe(ends) != 0) return;
-    pid_ = ::fork();
-    if (pid_ == 0) {
-      ::close(ends[0]);
-      Write(ends[1], body());
-      ::_exit(0);
-    }
-    ::close(ends[1]);
-    answer_ = ends[0];
+  explicit Child(const std::function<std::string()>& body) : pid_(::fork()) {
+    if (pid_ == 0) [&]() noexcept { answer_.Write(body()), ::_exit(0); }();
+    answer_.CloseWriting();
   }
   ~Child() {
     if (pid_ > 0) Kill(), Answer();
   }
-  Child(const Child&) = delete;
-  Child& operator=(const Child&) = delete;
+  Child& operator=(Child&&) = delete;
 
   void Kill() { ::kill(pid_, SIGKILL); }
 
   // What the child's body returned; the way it ended where it did not come so far.
   std::string Answer() {
-    std::string text;
-    char buffer[4096];
-    for (ssize_t n; (n = ::read(answer_, buffer, sizeof buffer)) > 0;)
-      text.append(buffer, static_cast<std::size_t>(n));
-    ::close(answer_);
+    std::string text = answer_.Rest();
     int status = 0;
     ::waitpid(std::exchange(pid_, 0), &status, 0);
     return status == 0 ? text : text + " ended with status " + std::to_string(status);
   }
 
-  static void Write(int end, std::string_view text) {
-    while (!text.empty()) {
-      ssize_t n = ::write(end, text.data(), text.size());
-      if (n <= 0) return;
-      text.remove_prefix(static_cast<std::size_t>(n));
-    }
-  }
-
  private:
-  pid_t pid_ = 0;
-  int answer_ = -1;
-};
-
-// Records from one process to another; made before the fork, shared by both.
-class Pipe {
- public:
-  Pipe() { EXPECT_EQ(::pipe(ends_), 0); }
-  ~Pipe() {
-    ::close(ends_[0]);
-    CloseWriting();
-  }
-  Pipe(const Pipe&) = delete;
-  Pipe& operator=(const Pipe&) = delete;
-
-  void CloseWriting() {
-    if (ends_[1] >= 0) ::close(std::exchange(ends_[1], -1));
-  }
-  template <class Record>
-  void Send(const Record& record) {
-    Child::Write(ends_[1], {reinterpret_cast<const char*>(&record), sizeof record});
-  }
-  template <class Record>
-  bool Receive(Record& record) {
-    return ::read(ends_[0], &record, sizeof record) == static_cast<ssize_t>(sizeof record);
-  }
-  // Until every process has closed its writing end, or is gone.
-  void WaitForClose() {
-    CloseWriting();
-    for (char ignored; Receive(ignored);) continue;
-  }
-
- private:
-  int ends_[2] = {-1, -1};
+  Pipe answer_;
+  pid_t pid_;
 };
 
 }  // namespace moxel::test

@@ -47,19 +47,18 @@ using Record = std::vector<std::pair<std::string, Stored>>;
 
 inline std::string AbsolutePath(const std::string& path) { return "SOFTWARE\\MOXEL\\" + path; }
 
-inline bool Exists(const std::string& path) { return TryOpen(HKEY_LOCAL_MACHINE, AbsolutePath(path)) == 0; }
+inline bool Exists(const std::string& path) {
+  return Open(HKEY_LOCAL_MACHINE, AbsolutePath(path)).answer == 0;
+}
 
 inline Record ReadRecord(const std::string& path) {
   Record record;
   const Key key = Open(HKEY_LOCAL_MACHINE, AbsolutePath(path));
-  for (const std::string& name : NamesOf(key, ValueName)) {
+  for (DWORD index = 0; const auto name = NameAt(kValues, key, index); ++index) {
     Stored stored;
-    DWORD size = 0;
-    RegQueryValueExA(key, name.c_str(), nullptr, &stored.type, nullptr, &size);
-    stored.bytes.resize(size);
-    auto* bytes = reinterpret_cast<BYTE*>(stored.bytes.data());
-    RegQueryValueExA(key, name.c_str(), nullptr, nullptr, bytes, &size);
-    record.emplace_back(name, stored);
+    RegQueryValueExA(key, name->c_str(), nullptr, &stored.type, nullptr, nullptr);
+    stored.bytes = Get(key, *name).value_or("unreadable");
+    record.emplace_back(*name, stored);
   }
   return record;
 }

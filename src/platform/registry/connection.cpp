@@ -312,10 +312,13 @@ ChangeMarkReader Connection::change_marks() {
 }
 
 void Connection::CopyFrom(Connection& source) {
+  // The copy would begin to read the source by itself, but keeps a header that is just being written for
+  // broken.
+  Transaction moment(source, Transaction::Kind::kRead);
+  source.Prepare("SELECT 1 FROM sqlite_schema").Step();
   sqlite3_backup* copy = sqlite3_backup_init(database_.get(), "main", source.database_.get(), "main");
   if (!copy) Fail(database_.get(), sqlite3_errcode(database_.get()), path_);
-  for (int attempts = 0; sqlite3_backup_step(copy, -1) == SQLITE_BUSY && WaitForLock(this, attempts);)
-    ++attempts;
+  sqlite3_backup_step(copy, -1);
   const int code = sqlite3_backup_finish(copy);
   if (code != SQLITE_OK) Fail(database_.get(), code, path_);
 }
@@ -374,7 +377,9 @@ std::string Connection::FileIdOf(const std::string& path) {
 }
 
 bool Connection::outdated(Look look) {
-  if (bare_) return !stamp_.settled || StampOf(path_) != stamp_;
+  if (bare_) return stamp_.has_log || !stamp_.settled || StampOf(path_) != stamp_;
+  // Once all that hold a header which a killed writer left have closed it, a reader can do without.
+  if (sqlite3_extended_errcode(database_.get()) == SQLITE_READONLY_RECOVERY) return true;
   timespec time{};
   ::clock_gettime(CLOCK_MONOTONIC_COARSE, &time);  // the cheapest clock there is
   const std::int64_t now = Nanoseconds(time);

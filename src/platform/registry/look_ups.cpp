@@ -1,6 +1,7 @@
 #include "platform/registry/look_ups.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "platform/registry/failure.h"
 
@@ -51,8 +52,8 @@ void LookUps::Forget() {
   paths_.kept.clear();
   values_.kept.clear();
   extents_.clear();
-  subkeys_.clear();
-  list_values_.clear();
+  subkeys_.kept.clear();
+  list_values_.kept.clear();
   size_ = 0;
 }
 
@@ -119,8 +120,9 @@ bool LookUps::ReadAllValues(KeyId key) try {
 template <class Entry>
 std::optional<const Entry*> LookUps::KnownEntryAt(KeyId key, std::int64_t index) {
   if (!MayKeep()) return std::nullopt;
-  auto found = PagesOf<Entry>().find(key);
-  if (found == PagesOf<Entry>().end()) return std::nullopt;
+  const auto& pages = PagesOf<Entry>().kept;
+  const auto found = pages.find(key);
+  if (found == pages.end()) return std::nullopt;
   const Page<Entry>& page = found->second;
   const auto count = static_cast<std::int64_t>(page.entries.size());
   if (index >= page.first && index < page.first + count)
@@ -131,24 +133,39 @@ std::optional<const Entry*> LookUps::KnownEntryAt(KeyId key, std::int64_t index)
 template <class Entry, class Position>
 const Entry* LookUps::EntryAt(KeyId key, std::int64_t index, Position& position) {
   const bool may_keep = MayKeep();
-  Page<Entry>& page = PagesOf<Entry>()[key];
+  auto& pages = PagesOf<Entry>();
+  Page<Entry>& page = may_keep ? pages.kept[key] : pages.passing;
   const auto behind = page.first + static_cast<std::int64_t>(page.entries.size());
   const std::size_t wanted =
       may_keep && index == behind ? std::min(2 * page.entries.size(), kMaxPage) : std::size_t{1};
-  page = {index, {}, false};
-  auto entry = platform::EntryAt(connection_, key, index, position);
-  if (entry) page.entries.push_back(std::move(*entry));
-  Position ahead = position;
-  if (wanted > 1 && entry) ReadOn(connection_, key, wanted - 1, ahead, page.entries);
-  if (may_keep && marks_.Read() == mark_) {
-    position = ahead;
-    page.ends = page.entries.empty();
-    size_ += kEntryOverhead;
-    for (const Entry& each : page.entries) size_ += kEntryOverhead + each.size();
-  } else if (entry) {
-    page.entries.resize(1);
+  size_ -= std::exchange(page, {index}).size;
+  if (auto entry = platform::EntryAt(connection_, key, index, position)) {
+    page.entries.push_back(std::move(*entry));
+    if (wanted > 1) ReadAhead(key, wanted - 1, position, page.entries);
+  } else {
+    page.ends = marks_.Read() == mark_;
+  }
+  if (may_keep) {
+    page.size = kEntryOverhead;
+    for (const Entry& entry : page.entries) page.size += kEntryOverhead + entry.size();
+    size_ += page.size;
   }
   return page.entries.empty() ? nullptr : page.entries.data();
+}
+
+template <class Entry, class Position>
+void LookUps::ReadAhead(KeyId key, std::size_t count, Position& position, std::vector<Entry>& entries) {
+  Position ahead = position;
+  try {
+    ReadOn(connection_, key, count, ahead, entries);
+    if (marks_.Read() == mark_) {
+      position = ahead;
+      return;
+    }
+  } catch (const RegistryFailure&) {
+    // One of them cannot be read; it is not the one that is asked for.
+  }
+  entries.resize(1);
 }
 
 template std::optional<const SubkeyEntry*> LookUps::KnownEntryAt(KeyId, std::int64_t);

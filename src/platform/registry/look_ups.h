@@ -86,11 +86,15 @@ class LookUps {
   template <class Entry>
   struct Page {
     std::int64_t first = 0;
-    std::vector<Entry> entries;
-    bool ends = false;  // the list ends behind it
+    std::vector<Entry> entries = {};
+    bool ends = false;     // the list ends behind it
+    std::size_t size = 0;  // its part of what is kept
   };
   template <class Entry>
-  using Pages = std::unordered_map<KeyId, Page<Entry>>;
+  struct Pages {
+    std::unordered_map<KeyId, Page<Entry>> kept;
+    Page<Entry> passing;  // one that could not be kept
+  };
 
   template <class Entry>
   Pages<Entry>& PagesOf() {
@@ -110,6 +114,10 @@ class LookUps {
   template <class Name, class Answer, class View, class Ask>
   const Answer& Find(Table<Name, Answer>& table, const View& name, Ask ask);
   void Forget();
+  // Adds up to `count` entries behind the first, and moves the position with them; none where the file
+  // changes meanwhile or one of them cannot be read.
+  template <class Entry, class Position>
+  void ReadAhead(KeyId key, std::size_t count, Position& position, std::vector<Entry>& entries);
   std::optional<StoredValue> ReadValue(KeyId key, std::string_view folded_name);
   // Keeps all values of a key; false where that is too much.
   bool ReadAllValues(KeyId key);

@@ -67,8 +67,8 @@ const char* TextOf(Sql sql) {
     case Sql::kDeleteKey: return "DELETE FROM keys WHERE id = ?1";
     case Sql::kFindValue: return "SELECT type, data FROM vals WHERE key = ?1 AND folded = ?2";
     case Sql::kAllValues:
-      return "SELECT folded, type, CASE WHEN length(folded) + length(data) <= ?3 THEN data END FROM vals"
-             " WHERE key = ?1 LIMIT ?2";
+      return "SELECT folded, type, CASE WHEN length(CAST(folded AS BLOB)) + length(data) <= ?3 THEN data END"
+             " FROM vals WHERE key = ?1 LIMIT ?2";
     case Sql::kChangeValue: return "UPDATE vals SET type = ?3, data = ?4 WHERE key = ?1 AND folded = ?2";
     case Sql::kAddValue:
       return "INSERT INTO vals(key, folded, ordinal, name, type, data)"

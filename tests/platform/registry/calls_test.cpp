@@ -4,7 +4,7 @@
 #include <set>
 #include <tuple>
 
-#include "registry_helpers.h"
+#include "tests/support/registry_access.h"
 
 namespace moxel::test {
 namespace {

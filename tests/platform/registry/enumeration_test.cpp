@@ -3,7 +3,7 @@
 #include <ctime>
 #include <random>
 
-#include "registry_helpers.h"
+#include "tests/support/registry_access.h"
 
 namespace moxel::test {
 namespace {
