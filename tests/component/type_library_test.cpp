@@ -140,23 +140,6 @@ TEST_F(TypeLibraryTest, MembersAreDescribedAsTheyAreCalled) {
   EXPECT_EQ(Shown(scenarios.get(), 1), "8 call void Add 60030002 hidden (inout _Scenario** wScen)");
 }
 
-TEST_F(TypeLibraryTest, UsersHaveThePublishedHelpTexts) {
-  const std::pair<MEMBERID, std::u16string> cases[] = {
-      {0x40030000, u"Clef et nom de l'utilisateur"},
-      {0x60030003, u"Verification du Password"},
-      {0x60030004, u"Modification d'un Utilisateur."},
-      {0x68030001, u"D\u00E9finit ou renvoie la permission de l'utilisateur."},
-      {0x68030000, u""},
-      {0x68030006, u""},
-      {0x68030005, u"Renvoie le mot de passe d\u00E9crypt\u00E9."},
-  };
-  for (const auto& [member, text] : cases) {
-    Bstr help;
-    EXPECT_EQ(Find(IID__User)->GetDocumentation(member, nullptr, help.Receive(), nullptr, nullptr), S_OK);
-    EXPECT_EQ(help.view(), text);
-  }
-}
-
 TEST_F(TypeLibraryTest, TheLibraryListsEnumerationsInterfacesAndClasses) {
   const TLIBATTR& library = *Given<TLIBATTR>([&](auto** result) { return library_->GetLibAttr(result); });
   EXPECT_TRUE(library.guid == kLibraryId && library.wMajorVerNum == 1 && library.wMinorVerNum == 4);

@@ -1,12 +1,10 @@
 // The messages in both languages, and the numbered errors that clients see with them.
-#include <array>
 #include <cstdint>
 #include <string>
 #include <tuple>
 
 #include "errors/handle_error.h"
 #include "errors/messages.h"
-#include "moxel/enumerations.h"
 #include "registry/schema.h"
 #include "registry/store.h"
 #include "tests/support/product_test.h"
@@ -32,8 +30,6 @@ class Errors : public ProductTest {
   }
 };
 
-auto Numbers(auto... numbers) { return std::array{static_cast<std::int32_t>(numbers)...}; }
-
 TEST_F(Errors, MessagesAreHeldInFrenchAndEnglishAndThereAreNoOthers) {
   EXPECT_EQ(
       AllMessages(),
@@ -57,33 +53,6 @@ TEST_F(Errors, MessagesAreHeldInFrenchAndEnglishAndThereAreNoOthers) {
       u"already exists; 1601 Enter domain name; 1602 This domain content variables or scenarios; 1700 This "
       u"Scenario already exists; 1701 Enter scenario name; 1702 This scenario content variables or "
       u"processes; ");
-}
-
-TEST_F(Errors, NumbersArePublished) {
-  const auto expected = Numbers(1000, 1001, 1002, 1003, 1004, 1005, 1500, 1501, 1502, 1503, 1504, 1505, 1506,
-                                1507, 1600, 1601, 1602, 1700, 1701, 1702);
-  const auto ids = Numbers(
-      lMXUserError_BadPassword, lMXUserError_EnterNewPassword, lMXUserError_ConfPassword,
-      lMXUserError_BadPermission, lMXUserError_UserAlreadyExist, lMXUserError_UserRequired,
-      lMXVariableError_BadVarType, lMXVariableError_BadDataType, lMXVariableError_IllegalValue,
-      lMXVariableError_VariableAlreadyExist, lMXVariableError_VariableRequired,
-      lMXVariableError_InitValueRequired, lMXVariableError_IllegalInitValue,
-      lMXVariableError_InitializationFail, lMXDomainError_DomainAlreadyExist, lMXDomainError_DomainRequired,
-      lMXDomainError_ContainElement, lMXScenarioError_ScenarioAlreadyExist, lMXScenarioError_ScenarioRequired,
-      lMXScenarioError_ContainElement);
-  const auto numbers = Numbers(
-      MXUserError_BadPassword, MXUserError_EnterNewPassword, MXUserError_ConfPassword,
-      MXUserError_BadPermission, MXUserError_UserAlreadyExist, MXUserError_UserRequired,
-      MXVariableError_BadVarType, MXVariableError_BadDataType, MXVariableError_IllegalValue,
-      MXVariableError_VariableAlreadyExist, MXVariableError_VariableRequired,
-      MXVariableError_InitValueRequired, MXVariableError_IllegalInitValue, MXVariableError_InitializationFail,
-      MXDomainError_DomainAlreadyExist, MXDomainError_DomainRequired, MXDomainError_ContainElement,
-      MXScenarioError_ScenarioAlreadyExist, MXScenarioError_ScenarioRequired, MXScenarioError_ContainElement);
-  for (std::size_t i = 0; i < expected.size(); ++i) {
-    EXPECT_EQ(ids.at(i), expected[i]);
-    EXPECT_EQ(numbers.at(i), -2147221504 + expected[i]);
-    EXPECT_EQ(Raised(expected[i]).number(), numbers.at(i));
-  }
 }
 
 TEST_F(Errors, AMessageIsLookedUpInTheLanguageOfTheMoment) {

@@ -45,7 +45,7 @@ TEST_F(Values, AreStoredByTypeOrCreateThePathAlone) {
             Case(REG_NONE, u"12", 0, ""), Case(REG_BINARY, u"12", 0, ""));
   std::u16string path = u"New\\";
   for (const auto& [type, text, error, bytes] : cases) {
-    const auto stored = bytes.empty() ? std::nullopt : std::optional(Stored(type, bytes));
+    const auto stored = bytes.empty() ? std::nullopt : std::optional(Stored{type, bytes});
     const std::optional<Stored> old = Find("Old", "v");
     for (const std::u16string& key : {path += u'x', u"Old"s})
       EXPECT_EQ(NumberRaisedBy([&] { EXPECT_EQ(RegWriteValue(key, u"v", type, text), -1); }), error) << bytes;
@@ -62,7 +62,7 @@ TEST_F(Values, RawDoublesAreEightBytesUnderTheTypeOfANumberAndReadFromAnyData) {
   for (double value : {2.5, -0.0, 5e-324, HUGE_VAL, std::nan("")}) {
     const auto bits = std::bit_cast<std::uint64_t>(value);
     EXPECT_EQ(RegWriteRawValue(u"A\\B", u"v", value), VARIANT_TRUE);
-    EXPECT_EQ(Find("A\\B", "v"), Stored(REG_DWORD, {reinterpret_cast<const char*>(&bits), sizeof bits}));
+    EXPECT_EQ(Find("A\\B", "v"), StoredReal(value));
     EXPECT_EQ(std::bit_cast<std::uint64_t>(RegReadRawValue(u"A\\B", u"v")), bits);
   }
   const std::string stored = "\0\0\0\0\0\0\x04\x40"s;

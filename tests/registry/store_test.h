@@ -4,15 +4,13 @@
 #include <array>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <tuple>
-#include <utility>
 
 #include "moxel/variant.h"
 #include "registry/ansi.h"
 #include "tests/platform/locale/scoped_locale.h"
 #include "tests/support/product_test.h"
-#include "tests/support/registry_access.h"
+#include "tests/support/stored_records.h"
 
 namespace moxel::test {
 
@@ -23,26 +21,19 @@ auto Cases(auto... rows) { return std::array{std::move(rows)...}; }
 
 class StoreTest : public ProductTest {
  protected:
-  using Stored = std::pair<DWORD, std::string>;
-
-  static constexpr const char* kRoot = "SOFTWARE\\MOXEL\\";
-
   static std::string Long(std::size_t size) { return std::string(size, 'x'); }
 
-  static Key CreateKey(const std::string& path) { return Create(HKEY_LOCAL_MACHINE, kRoot + path); }
-  static Key OpenKey(const std::string& path) { return Open(HKEY_LOCAL_MACHINE, kRoot + path); }
-  static bool Exists(const std::string& path) { return OpenKey(path) != 0; }
+  static Key CreateKey(const std::string& path) { return Create(HKEY_LOCAL_MACHINE, AbsolutePath(path)); }
+  static Key OpenKey(const std::string& path) { return Open(HKEY_LOCAL_MACHINE, AbsolutePath(path)); }
 
-  static void Put(const std::string& path, const std::string& name, DWORD type, std::string_view bytes) {
-    ASSERT_EQ(Set(CreateKey(path), name, bytes, type), ERROR_SUCCESS) << path << " " << name;
+  static void Put(const std::string& path, const std::string& name, DWORD type, const std::string& bytes) {
+    WriteRecord(path, {{name, {type, bytes}}});
   }
 
   static std::optional<Stored> Find(const std::string& path, const std::string& name) {
-    Key key = OpenKey(path);
-    DWORD type = 0;
-    if (RegQueryValueExA(key, name.c_str(), nullptr, &type, nullptr, nullptr) != ERROR_SUCCESS)
-      return std::nullopt;
-    return Stored(type, Get(key, name).value_or("unreadable"));
+    for (const auto& [found, stored] : ReadRecord(path))
+      if (found == name) return stored;
+    return std::nullopt;
   }
 
   // A value as it reads in a table of cases: a number, a text in quotes or "empty".

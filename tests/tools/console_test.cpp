@@ -11,8 +11,6 @@
 namespace moxel::test {
 namespace {
 
-using Arguments = std::vector<std::string>;
-
 std::string WithoutColours(std::string text) {
   for (size_t at; (at = text.find("\x1B[")) != std::string::npos;)
     text.erase(at, text.find('m', at) + 1 - at);

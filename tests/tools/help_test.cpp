@@ -14,8 +14,6 @@
 namespace moxel::test {
 namespace {
 
-using Arguments = std::vector<std::string>;
-
 class HelpTest : public RegistryTest {
  protected:
   // Gives the path of each verb and group with its description.

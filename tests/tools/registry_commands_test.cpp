@@ -25,22 +25,6 @@ namespace {
 using namespace std::string_literals;
 using nlohmann::json;
 using tool::ReadFile, tool::WriteFile;
-using Arguments = std::vector<std::string>;
-
-// A command line's arguments: '' is an empty one.
-Arguments Words(const std::string& line) {
-  std::istringstream in(line);
-  Arguments words{std::istream_iterator<std::string>(in), {}};
-  std::replace(words.begin(), words.end(), "''"s, ""s);
-  return words;
-}
-
-// A command that has to succeed in silence on the error stream; gives what it printed.
-std::string Do(const Arguments& arguments, const std::string& input = "") {
-  const ToolRun run = Moxel(arguments, input);
-  EXPECT_EQ(std::pair(run.exit_code, run.err), std::pair(0, ""s)) << ::testing::PrintToString(arguments);
-  return run.out;
-}
 
 std::string Registry(const std::string& line) { return Do(Words("registry " + line)); }
 json Query(const std::string& line) { return json::parse(Registry("query --json " + line)); }

@@ -2,9 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
-
 #include "moxel/enumerations.h"
 #include "tests/support/configuration.h"
 #include "tests/variables/records.h"
@@ -130,29 +127,6 @@ TEST_F(UtilisateursTest, EveryListBelowTheScenariosIsCleared) {
   EXPECT_EQ(users_->DeleteUser(*Named(u"Ann")), VARIANT_FALSE);
   for (const std::string& path : cleared) EXPECT_EQ(values(path), 1u) << path;
   for (const std::string& path : kept) EXPECT_EQ(values(path), 2u) << path;
-}
-
-TEST_F(UtilisateursTest, NoPlainPasswordReachesTheDiskOrAnErrorText) {
-  const std::u16string first = u"Swordfish-1", second = u"Swordfish-2", third = u"Swordfish-3";
-  ObjectPtr<User> user = users_->NewUser(u"Ann", first, first, 1);
-  auto refused = [](auto&& body) {
-    EXPECT_NE(FailureOf(body), Failure{});
-    EXPECT_EQ((FailureOf(body).source + DescriptionOf(body)).find(u"wordfish"), std::u16string::npos);
-  };
-  refused([&] { users_->NewUser(u"Bob", second, third, 1); });
-  refused([&] { users_->NewUser(u"Bob", second, second, 2); });
-  refused([&] { user->Check(third); });
-  refused([&] { user->Update(1, third, second, second); });
-  refused([&] { user->Update(1, first, second, third); });
-  user->Update(1, first, second, second);
-  std::string disk;
-  for (const auto& entry : std::filesystem::directory_iterator(folder())) {
-    std::ifstream in(entry.path(), std::ios::binary);
-    disk.append(std::istreambuf_iterator<char>(in), {});
-  }
-  EXPECT_NE(disk.find(StoredPassword("Swordfish-2").bytes), std::string::npos) << "looked in the wrong place";
-  EXPECT_EQ(disk.find("wordfish"), std::string::npos);
-  EXPECT_EQ(disk.find(std::string("w\0o\0r\0d\0f\0", 10)), std::string::npos);
 }
 
 }  // namespace

@@ -340,21 +340,5 @@ TEST_F(VariableTest, ARegistryThatRefusesToWriteIsNoFailure) {
   EXPECT_EQ(std::string(std::istreambuf_iterator<char>(kept), {}), "this is no registry");
 }
 
-TEST_F(VariableTest, PasswordsNeverReachTheFilesInClear) {
-  const std::u16string password = u"Open-Sesame-4711";
-  const std::string clear(password.begin(), password.end());
-  const ObjectPtr<Variable> variable = Named(u"Door");
-  for (const char16_t* kind : {u"C", u"V"}) variable->Update(kind, kPassword, password, password, &sales_);
-  variable->Duplicate(u"Copy", &night_);
-  variable->Initialize(&night_);
-  std::string bytes;
-  for (const auto& entry : std::filesystem::directory_iterator(folder())) {
-    std::ifstream stream(entry.path(), std::ios::binary);
-    bytes.append(std::istreambuf_iterator<char>(stream), {});
-  }
-  EXPECT_NE(bytes.find(StoredPassword(clear).bytes), bytes.npos) << "not looking where it is stored";
-  EXPECT_EQ(bytes.find(clear), bytes.npos);
-}
-
 }  // namespace
 }  // namespace moxel::test

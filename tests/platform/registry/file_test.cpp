@@ -274,19 +274,6 @@ TEST_F(RegistryAccount, AReaderWaitsForAHeaderThatIsBeingWritten) {
   ::munmap(header, 96), ::close(index);
 }
 
-TEST_F(RegistryAccount, RightsTakenAwayCountAtOnce) {
-  MakeFile(1);
-  ::chmod(folder().c_str(), 0777);
-  Child child([&] {
-    auto open_under = [&](mode_t mode, REGSAM access) {
-      if (::seteuid(0) != 0 || ::chmod(file().c_str(), mode) != 0 || ::seteuid(65534) != 0) ::_exit(1);
-      return Open(kRoot, kPath, access).answer;
-    };
-    return Text({open_under(0666, KEY_WRITE), open_under(0644, KEY_WRITE), open_under(0644, KEY_READ)});
-  });
-  EXPECT_EQ(child.Answer(), "0 5 0 ");
-}
-
 // Writes until there is no room, then looks whether everything that was acknowledged is there.
 std::string FillUp(const std::function<void()>& make_room) {
   std::mt19937 random(1);

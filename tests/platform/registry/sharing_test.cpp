@@ -1,10 +1,9 @@
-// One file under many hands: threads, processes, forks, killed writers and transactions.
+// One file under many hands: threads, processes, forks and transactions.
 #include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <deque>
 #include <numeric>
-#include <random>
 
 #include "tests/support/registry_access.h"
 
@@ -12,8 +11,6 @@ namespace moxel::test {
 namespace {
 
 std::string Digits(int number) { return std::to_string(number); }
-
-int NumberIn(HKEY key, const std::string& name) { return std::stoi(Get(key, name).value_or("0")); }
 
 // What threads answer that work at the same time.
 std::string InThreads(int count, const std::function<std::string(int)>& work) {
@@ -57,23 +54,6 @@ TEST_F(RegistrySharing, ManyProcessesAndThreadsMayCreateTheFileAtTheSameMoment) 
     EXPECT_EQ(Names(kSubkeys, Open(kRoot, "P")), "0,1,10,11,2,3,4,5,6,7,8,9,");
     EXPECT_EQ(RegFileCheck(), 0) << RegFileCause();
   }
-}
-
-// Each hand counts in a value of its own and all write one value of equal bytes, which nobody may see torn.
-TEST_F(RegistrySharing, NoUpdateIsLostAndNoValueTorn) {
-  std::string answers = InProcesses(4, [&](int me) -> std::string {
-    std::mt19937 random(static_cast<unsigned>(me));
-    for (int i = 0; i < 150; ++i) {
-      std::string equal(1 + random() % 9000, static_cast<char>(random())), name = Digits(me);
-      if (Set(key_, name, Digits(NumberIn(key_, name) + 1)) != 0 || Set(key_, "e", equal) != 0)
-        return "failed";
-      std::string seen = Get(key_, "e").value_or("lost");
-      if (seen.find_first_not_of(seen.front()) != std::string::npos) return "a torn value";
-    }
-    return "";
-  });
-  EXPECT_EQ(answers, "");
-  for (int me = 0; me < 8; ++me) EXPECT_EQ(NumberIn(key_, Digits(me)), 150) << me;
 }
 
 // A process whose threads are busy in the registry forks again and again; so do its children, which start
@@ -121,34 +101,6 @@ TEST_F(RegistrySharing, TheLogIsNotRemovedUnderTheOtherSideOfAFork) {
   gate.CloseWriting();
   EXPECT_EQ(child->Answer(), "0");
   EXPECT_EQ(Names(kValues, kRoot), "parent,child,");
-}
-
-TEST_F(RegistrySharing, AKilledWriterLosesNothingItReportedAndTearsNothing) {
-  std::mt19937 random(20);
-  for (int round = 0; round < 20; ++round) {
-    Pipe reports;
-    Child writer([&] {
-      for (int n = 1;; ++n) {
-        std::string right = Digits(n) + std::string(1 + random() % 20000, 'x');
-        Answers answers{RegFileBegin(), Set(key_, "left", Digits(n)), Set(key_, "right", right),
-                        RegFileCommit(), Create(key_, Digits(round) + "-" + Digits(n)).answer};
-        if (answers != Answers(5, 0)) return Text(answers);
-        reports.Send(n);
-      }
-    });
-    reports.CloseWriting();
-    ::usleep(2000 + static_cast<useconds_t>(random() % 20000));
-    writer.Kill();
-    int last = 0;
-    for (int n; reports.Receive(n);) last = n;
-    EXPECT_EQ(writer.Answer(), " ended with status 9");
-    OnAnotherThread([&] {
-      for (int n = 1; n <= last; ++n) EXPECT_EQ(Open(key_, Digits(round) + "-" + Digits(n)).answer, 0);
-      EXPECT_GE(NumberIn(key_, "left"), last);
-      EXPECT_EQ(Get(key_, "right").value_or("0x").find(Digits(NumberIn(key_, "left")) + "x"), 0u);
-      EXPECT_EQ(RegFileCheck(), 0) << RegFileCause();
-    });
-  }
 }
 
 using RegistryTransaction = RegistryKeyTest;
