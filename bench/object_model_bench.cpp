@@ -145,9 +145,9 @@ void RunFloor(benchmark::State& state, int tasks) {
 }
 
 void BareLoad(benchmark::State& state) { RunBare(state, 0, 0, kTasks); }
-BENCHMARK(BareLoad)->Arg(1'000)->Arg(10'000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BareLoad)->Arg(1'000)->Arg(10'000)->Arg(100'000)->Unit(benchmark::kMillisecond);
 void FloorLoad(benchmark::State& state) { RunFloor(state, 0); }
-BENCHMARK(FloorLoad)->Arg(1'000)->Arg(10'000)->Unit(benchmark::kMillisecond);
+BENCHMARK(FloorLoad)->Arg(1'000)->Arg(10'000)->Arg(100'000)->Unit(benchmark::kMillisecond);
 
 // Seven reads and one step a scenario.
 void LoadScenarios(benchmark::State& state) {
@@ -202,8 +202,8 @@ void InitializeDomain(benchmark::State& state) {
 BENCHMARK(InitializeDomain)->Arg(10)->Arg(100)->Arg(1'000)->Unit(benchmark::kMillisecond);
 
 void BareReset(benchmark::State& state) { RunBare(state, state.range(0), kManyTasks, kManyTasks); }
-BENCHMARK(BareReset)->Arg(10)->Arg(100)->Unit(benchmark::kMillisecond);
+BENCHMARK(BareReset)->Arg(10)->Arg(100)->Arg(1'000)->Unit(benchmark::kMillisecond);
 void FloorReset(benchmark::State& state) { RunFloor(state, kManyTasks); }
-BENCHMARK(FloorReset)->Arg(10)->Arg(100)->Unit(benchmark::kMillisecond);
+BENCHMARK(FloorReset)->Arg(10)->Arg(100)->Arg(1'000)->Unit(benchmark::kMillisecond);
 
 }  // namespace
