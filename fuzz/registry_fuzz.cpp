@@ -26,7 +26,6 @@ constexpr REGSAM kRights[] = {KEY_ALL_ACCESS, KEY_READ,     KEY_WRITE,      KEY_
                               KEY_SET_VALUE,  GENERIC_READ, GENERIC_WRITE,  KEY_ENUMERATE_SUB_KEYS,
                               GENERIC_ALL,    REGSAM{0},    MAXIMUM_ALLOWED};
 constexpr DWORD kTypes[] = {REG_SZ, REG_BINARY, REG_DWORD, REG_NONE, REG_EXPAND_SZ, REG_MULTI_SZ, 0xFFFFFFFF};
-const std::string kClasses = "SOFTWARE\\Classes\\";
 
 // An area of a caller's, and what must be in it afterwards.
 class Area {
@@ -285,19 +284,14 @@ class Machine {
     const Handle& handle = input_.Pick(handles_);
     const std::string name = TakeName();
     const DWORD type = input_.Pick(kTypes);
-    std::string data = input_.Text(40);
+    const std::string data = input_.Text(40);
     const auto* bytes = input_.Rarely(20) ? nullptr : reinterpret_cast<const BYTE*>(data.data());
     const LSTATUS answer =
         RegSetValueExA(handle.number, name.c_str(), 0, type, bytes, static_cast<DWORD>(data.size()));
     const bool without_data = bytes == nullptr && !data.empty();
     RequireEqual(answer, without_data ? ERROR_NOACCESS : StateOf(handle, KEY_SET_VALUE), "RegSetValueExA");
     if (answer != ERROR_SUCCESS) return;
-    if (type == REG_SZ && !data.empty() && data.back() != '\0') data += '\0';
-    Key& key = *tree_.Find(Create(handle, ""));
-    if (!key.Has(name)) key.values.push_back({name, type, data});
-    StoredValue& value = *key.FindValue(name);
-    value.type = type;
-    value.data = data;
+    tree_.Find(Create(handle, ""))->Set(name, type, data);
   }
 
   void EnumerateKeys() {

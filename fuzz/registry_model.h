@@ -15,6 +15,7 @@ namespace moxel::fuzz {
 
 using KeyId = int;
 inline constexpr KeyId kRoot = 0, kNoKey = -1;
+inline const std::string kClasses = "SOFTWARE\\Classes\\";
 
 // Names that differ only in letter case are one, and keys stand in the order of their upper-cased names.
 inline std::u16string Folded(std::string_view name) { return FoldKey(Widen(CP_ACP, name)); }
@@ -47,6 +48,12 @@ struct Key {
                         [&](const StoredValue& value) { return Folded(value.name) == Folded(wanted); });
   }
   bool Has(const std::string& wanted) { return FindValue(wanted) != values.end(); }
+  void Set(const std::string& wanted, DWORD type, std::string data) {
+    if (type == REG_SZ && !data.empty() && data.back() != '\0') data += '\0';
+    if (!Has(wanted)) values.push_back({wanted, type, data});
+    FindValue(wanted)->type = type;
+    FindValue(wanted)->data = data;
+  }
 };
 
 class Tree {

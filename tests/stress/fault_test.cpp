@@ -242,7 +242,8 @@ void Damage(const fs::path& file, int manner, std::mt19937& random, const fs::pa
 TEST_F(Faults, DamageOfTheFilesIsAnsweredWithCodes) {
   MakeLeftBehind(folder() / "left.db", 40);
   MakeLeftBehind(folder() / "other.db", 60);
-  std::mt19937 random(std::random_device{}());
+  const unsigned seed = std::random_device{}();
+  std::mt19937 random(seed);
   int found = 0;
   for (int round = 0; round < kDamages && !HasFailure(); ++round) {
     const std::string end = std::array{"", "-wal", "-shm"}[random() % 3];
@@ -250,7 +251,8 @@ TEST_F(Faults, DamageOfTheFilesIsAnsweredWithCodes) {
     const bool in_use = random() % 2 == 0;
     // The index is memory that programs share: whoever cuts it takes it from under them.
     const int manner = static_cast<int>(end == "-shm" && in_use ? 6 + random() % 4 : random() % 10);
-    SCOPED_TRACE(end + " manner " + Digits(manner) + (in_use ? " in use" : ""));
+    SCOPED_TRACE("seed " + std::to_string(seed) + ", round " + Digits(round) + end + " manner " +
+                 Digits(manner) + (in_use ? " in use" : ""));
     CopyFiles(folder() / "left.db", copy);
     UseFile(copy);
     Pipe ready, gate;

@@ -82,14 +82,6 @@ int SystemErrorOf(sqlite3* database, int code) {
   return error_number != 0 ? error_number : sqlite3_system_errno(database);
 }
 
-[[noreturn]] void Fail(sqlite3* database, int code, const std::string& path) {
-  int error_number = SystemErrorOf(database, code);
-  std::string reason = database ? sqlite3_errmsg(database) : sqlite3_errstr(code);
-  bool system_failure = (code & 0xFF) == SQLITE_CANTOPEN || (code & 0xFF) == SQLITE_IOERR;
-  if (system_failure && error_number != 0) reason += std::string(" (") + std::strerror(error_number) + ")";
-  throw RegistryFailure(CodeOf(code, error_number), path + ": " + reason);
-}
-
 [[noreturn]] void FailToOpen(int error_number, const std::string& path) {
   throw RegistryFailure(CodeOfOpenError(error_number), path + ": " + std::strerror(error_number));
 }
@@ -140,11 +132,12 @@ int Persist(Call call) {
 
 }  // namespace
 
-Statement::Statement(sqlite3* database, const std::string& path, const char* sql) : path_(&path) {
+Statement::Statement(Connection& connection, const char* sql) : connection_(&connection) {
+  sqlite3* database = connection.database_.get();
   sqlite3_stmt* handle = nullptr;
   int code = Persist(
       [&] { return sqlite3_prepare_v3(database, sql, -1, SQLITE_PREPARE_PERSISTENT, &handle, nullptr); });
-  if (code != SQLITE_OK) Fail(database, code, path);
+  if (code != SQLITE_OK) connection.Fail(code);
   handle_.reset(handle);
 }
 
@@ -169,7 +162,7 @@ bool Statement::Step() {
   int code = Persist([this] { return sqlite3_step(handle_.get()); });
   if (code == SQLITE_ROW) return true;
   if (code == SQLITE_DONE) return false;
-  Fail(sqlite3_db_handle(handle_.get()), code, *path_);
+  connection_->Fail(code);
 }
 
 std::string_view Statement::Text(int column) const {
@@ -190,8 +183,8 @@ Connection::Connection(const std::string& path, Access access, bool create)
   sqlite3* database = nullptr;
   int code = sqlite3_open_v2((bare_ ? BareFileUri(path) : path).c_str(), &database, flags, nullptr);
   database_.reset(database);
-  if (code != SQLITE_OK) Fail(database, code, path);
-  sqlite3_busy_handler(database, &Connection::WaitForLock, this);
+  if (code != SQLITE_OK) Fail(code);
+  SetBusyHandler();
   Execute("PRAGMA synchronous = NORMAL");
   Execute("PRAGMA cache_size = -65536");
 }
@@ -216,11 +209,13 @@ std::unique_ptr<Connection> Connection::OpenExisting(const std::string& path) {
       return open(access);
     } catch (const RegistryFailure& failure) {
       bool log_refused = failure.code() == ERROR_ACCESS_DENIED || failure.code() == ERROR_PATH_NOT_FOUND;
-      if (!log_refused || attempts == 0) throw;
+      if (!log_refused || attempts <= 0) throw;
     }
     // Without a log beside the file, an account that may not create one can only read the bare file. Where
     // there is one now, a writer has come meanwhile.
-    if (!StampOf(path).has_log) return open(Access::kReadBareFile);
+    if (StampOf(path).has_log) continue;
+    auto bare = open(Access::kReadBareFile);
+    if (!bare || !bare->stamp_.has_log) return bare;
   }
 }
 
@@ -272,11 +267,12 @@ void Connection::SwitchToLog() {
   for (auto deadline = std::chrono::steady_clock::now() + kLockTimeout;;) {
     int code = sqlite3_exec(database_.get(), "PRAGMA journal_mode = WAL", nullptr, nullptr, nullptr);
     if (code == SQLITE_OK) return;
-    if ((code & 0xFF) != SQLITE_BUSY || std::chrono::steady_clock::now() > deadline)
-      Fail(database_.get(), code, path_);
+    if ((code & 0xFF) != SQLITE_BUSY || std::chrono::steady_clock::now() > deadline) Fail(code);
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
 }
+
+void Connection::SetBusyHandler() { sqlite3_busy_handler(database_.get(), &Connection::WaitForLock, this); }
 
 int Connection::WaitForLock(void* self, int attempts) {
   auto* connection = static_cast<Connection*>(self);
@@ -289,7 +285,7 @@ int Connection::WaitForLock(void* self, int attempts) {
 
 Statement& Connection::Get(Sql sql) {
   auto& statement = statements_[static_cast<std::size_t>(sql)];
-  if (!statement) statement = std::make_unique<Statement>(database_.get(), path_, TextOf(sql));
+  if (!statement) statement = std::make_unique<Statement>(*this, TextOf(sql));
   return *statement;
 }
 
@@ -312,15 +308,16 @@ ChangeMarkReader Connection::change_marks() {
 }
 
 void Connection::CopyFrom(Connection& source) {
-  // The copy would begin to read the source by itself, but keeps a header that is just being written for
-  // broken.
-  Transaction moment(source, Transaction::Kind::kRead);
-  source.Prepare("SELECT 1 FROM sqlite_schema").Step();
+  // Holds the moment that is copied. The copy would begin to read the source by itself, but keeps a header
+  // that is just being written for broken.
+  Statement moment = source.Prepare("SELECT 1 FROM sqlite_schema");
+  moment.Step();
   sqlite3_backup* copy = sqlite3_backup_init(database_.get(), "main", source.database_.get(), "main");
-  if (!copy) Fail(database_.get(), sqlite3_errcode(database_.get()), path_);
+  if (!copy) Fail(sqlite3_errcode(database_.get()));
+  SetBusyHandler();  // it goes on counting attempts where the last statement ended
   sqlite3_backup_step(copy, -1);
   const int code = sqlite3_backup_finish(copy);
-  if (code != SQLITE_OK) Fail(database_.get(), code, path_);
+  if (code != SQLITE_OK) Fail(code);
 }
 
 void Connection::SkipKeyIds() {
@@ -339,7 +336,16 @@ void Connection::Check() {
 
 void Connection::Execute(const char* sql) {
   int code = Persist([&] { return sqlite3_exec(database_.get(), sql, nullptr, nullptr, nullptr); });
-  if (code != SQLITE_OK) Fail(database_.get(), code, path_);
+  if (code != SQLITE_OK) Fail(code);
+}
+
+void Connection::Fail(int code) {
+  header_is_torn_ = code == SQLITE_READONLY_RECOVERY;
+  int error_number = SystemErrorOf(database_.get(), code);
+  std::string reason = database_ ? sqlite3_errmsg(database_.get()) : sqlite3_errstr(code);
+  bool system_failure = (code & 0xFF) == SQLITE_CANTOPEN || (code & 0xFF) == SQLITE_IOERR;
+  if (system_failure && error_number != 0) reason += std::string(" (") + std::strerror(error_number) + ")";
+  throw RegistryFailure(CodeOf(code, error_number), path_ + ": " + reason);
 }
 
 Connection::Stamp Connection::StampOf(const std::string& path) {
@@ -377,9 +383,7 @@ std::string Connection::FileIdOf(const std::string& path) {
 }
 
 bool Connection::outdated(Look look) {
-  if (bare_) return stamp_.has_log || !stamp_.settled || StampOf(path_) != stamp_;
-  // Once all that hold a header which a killed writer left have closed it, a reader can do without.
-  if (sqlite3_extended_errcode(database_.get()) == SQLITE_READONLY_RECOVERY) return true;
+  if (bare_) return !stamp_.settled || StampOf(path_) != stamp_;
   timespec time{};
   ::clock_gettime(CLOCK_MONOTONIC_COARSE, &time);  // the cheapest clock there is
   const std::int64_t now = Nanoseconds(time);

@@ -18,10 +18,12 @@
 
 namespace moxel::platform {
 
+class Connection;
+
 // One prepared statement. Bind, then Step until false; Row() must not outlive the next Reset.
 class Statement {
  public:
-  Statement(sqlite3* database, const std::string& path, const char* sql);
+  Statement(Connection& connection, const char* sql);
 
   Statement& Bind(int index, std::int64_t value);
   Statement& Bind(int index, std::string_view text);
@@ -41,7 +43,7 @@ class Statement {
     void operator()(sqlite3_stmt* handle) const { sqlite3_finalize(handle); }
   };
   std::unique_ptr<sqlite3_stmt, Finalizer> handle_;
-  const std::string* path_;
+  Connection* connection_;
 };
 
 // Lends a statement for one use and resets it afterwards, which ends the implicit transaction.
@@ -71,7 +73,7 @@ class Connection {
   static std::unique_ptr<Connection> OpenForWriting(const std::string& path);
 
   Statement& Get(Sql sql);
-  Statement Prepare(const char* sql) { return Statement(database_.get(), path_, sql); }
+  Statement Prepare(const char* sql) { return Statement(*this, sql); }
   void Execute(const char* sql);
   void Execute(Sql sql) { Query(Get(sql))->Step(); }
 
@@ -108,8 +110,12 @@ class Connection {
   // then.
   enum class Look { kNow, kNowAndThen };
   bool outdated(Look look);
+  // True when a read failed since a killed writer left the log's header half written. Readers can do without
+  // it as soon as nobody has it open.
+  bool header_is_torn() const { return header_is_torn_; }
 
  private:
+  friend class Statement;
   enum class Access { kWrite, kRead, kReadBareFile };
 
   // What tells that a file read without its log has changed.
@@ -139,7 +145,9 @@ class Connection {
   static std::string FileIdOf(const std::string& path);
   // Whether the account in effect has the rights on the file; errno says why not.
   static bool IsAllowed(const std::string& path, int mode);
+  void SetBusyHandler();
   static int WaitForLock(void* self, int attempts);
+  [[noreturn]] void Fail(int code);
 
   // True when the file is a registry, false when it is empty; RegistryFailure when it is anything else.
   bool Recognize();
@@ -153,6 +161,7 @@ class Connection {
   std::string file_id_;
   std::int64_t looked_at_ = 0;
   std::uint64_t batch_ = 0;
+  bool header_is_torn_ = false;
   std::chrono::steady_clock::time_point waiting_since_{};
   std::unique_ptr<sqlite3, Closer> database_;
   std::array<std::unique_ptr<Statement>, kSqlCount> statements_;

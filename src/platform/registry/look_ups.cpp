@@ -1,7 +1,6 @@
 #include "platform/registry/look_ups.h"
 
 #include <algorithm>
-#include <utility>
 
 #include "platform/registry/failure.h"
 
@@ -133,24 +132,26 @@ std::optional<const Entry*> LookUps::KnownEntryAt(KeyId key, std::int64_t index)
 template <class Entry, class Position>
 const Entry* LookUps::EntryAt(KeyId key, std::int64_t index, Position& position) {
   const bool may_keep = MayKeep();
-  auto& pages = PagesOf<Entry>();
-  Page<Entry>& page = may_keep ? pages.kept[key] : pages.passing;
-  const auto behind = page.first + static_cast<std::int64_t>(page.entries.size());
-  const std::size_t wanted =
-      may_keep && index == behind ? std::min(2 * page.entries.size(), kMaxPage) : std::size_t{1};
-  size_ -= std::exchange(page, {index}).size;
+  auto& [kept, passing] = PagesOf<Entry>();
+  std::size_t wanted = 1;
+  if (const auto before = kept.find(key); may_keep && before != kept.end()) {
+    const auto& [first, entries, ends, size] = before->second;
+    if (index == first + static_cast<std::int64_t>(entries.size()))
+      wanted = std::min(2 * entries.size(), kMaxPage);
+  }
+  Page<Entry> page{index};
   if (auto entry = platform::EntryAt(connection_, key, index, position)) {
     page.entries.push_back(std::move(*entry));
     if (wanted > 1) ReadAhead(key, wanted - 1, position, page.entries);
   } else {
-    page.ends = marks_.Read() == mark_;
+    page.ends = true;
   }
-  if (may_keep) {
-    page.size = kEntryOverhead;
-    for (const Entry& entry : page.entries) page.size += kEntryOverhead + entry.size();
-    size_ += page.size;
-  }
-  return page.entries.empty() ? nullptr : page.entries.data();
+  page.size = kEntryOverhead;
+  for (const Entry& entry : page.entries) page.size += kEntryOverhead + entry.size();
+  Page<Entry>& target = may_keep ? kept[key] : passing;
+  if (may_keep) size_ += page.size - target.size;
+  target = std::move(page);
+  return target.entries.empty() ? nullptr : target.entries.data();
 }
 
 template <class Entry, class Position>

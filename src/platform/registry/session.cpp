@@ -86,6 +86,10 @@ void Session::DropUnusable(Connection::Look look) {
   if (connection_->path() != FilePath() || connection_->outdated(look)) connection_.reset();
 }
 
+Session::Lease::~Lease() {
+  if (session_.connection_ && session_.connection_->header_is_torn()) session_.connection_.reset();
+}
+
 void Session::Lease::CheckBatch() const {
   if (session_.in_batch_ && !(session_.connection_ && session_.connection_->in_transaction()))
     throw RegistryFailure(ERROR_REGISTRY_IO_FAILED,

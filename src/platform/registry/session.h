@@ -18,6 +18,9 @@ class Session {
   class Lease {
    public:
     explicit Lease(Session& session) : session_(session), lock_(session.mutex_) {}
+    ~Lease();
+    Lease(const Lease&) = delete;
+    Lease& operator=(const Lease&) = delete;
 
     // The connection, or null where no registry file exists: an empty hive.
     Connection* ForReading();

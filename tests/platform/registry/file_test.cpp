@@ -230,27 +230,30 @@ TEST_F(RegistryAccount, AReaderWaitsForAHeaderThatIsBeingWritten) {
   const fs::path open_to_all = folder() / "open";
   fs::create_directory(open_to_all);
   ::chmod(open_to_all.c_str(), 0777);
-  Pipe from_writer, from_reader, to_reader;
+  Pipe from_writer, to_reader;
   Child writer([&] {
     from_writer.Send(Set(kRoot, "w", "1"));
     return std::to_string(::pause());
   });
-  int n = 0;
-  from_writer.Receive(n);
+  int n = 77;
+  ASSERT_TRUE(from_writer.Receive(n) && n == 0);
+  Pipe from_reader;
   Child reader([&] {
     BecomeNobody();
     auto read = [] {
       const Key key = Open(kRoot, std::string(kPath) + "\\key0");
       return key.answer != 0 ? key.answer : Query(key, "v");
     };
+    auto back_up = [&] { return RegFileBackup((open_to_all / "backup.db").c_str()); };
     Answers answers(1);
     to_reader.Receive(n);
     for (int i = 0; i < 2000; ++i) answers[0] += read();
-    for (int i = 0; i < 50; ++i) answers[0] += RegFileBackup((open_to_all / "backup.db").c_str());
+    for (int i = 0; i < 50; ++i) answers[0] += back_up();
     from_reader.Send(0), to_reader.Receive(n);
-    answers.insert(answers.end(), {read(), read()});
+    answers.insert(answers.end(), {back_up(), back_up(), read()});
     return Text(answers);
   });
+  from_reader.CloseWriting();
   const int index = ::open((file().string() + "-shm").c_str(), O_RDWR);
   void* header = ::mmap(nullptr, 96, PROT_READ | PROT_WRITE, MAP_SHARED, index, 0);
   ASSERT_NE(header, MAP_FAILED);
@@ -265,12 +268,13 @@ TEST_F(RegistryAccount, AReaderWaitsForAHeaderThatIsBeingWritten) {
       second_copy ^= 1;
     }
   });
-  to_reader.Send(0), from_reader.Receive(n);
+  to_reader.Send(0);
+  EXPECT_TRUE(from_reader.Receive(n));
   stop = true, flickering.join();
   writer.Kill(), writer.Answer();
   second_copy ^= 1;
   to_reader.Send(0);
-  EXPECT_EQ(reader.Answer(), "0 5 0 ");
+  EXPECT_EQ(reader.Answer(), "0 5 0 0 ");
   ::munmap(header, 96), ::close(index);
 }
 
