@@ -55,12 +55,6 @@ LSTATUS Restore(LPCSTR path) {
   Connection& target = lease.ForWriting();
   if (target.in_transaction()) return ERROR_INVALID_PARAMETER;
   target.CopyFrom(*source);
-  try {
-    // Keys created since the backup have had ids that should not come again.
-    target.SkipKeyIds();
-  } catch (const RegistryFailure&) {
-    // The ids of new keys are random enough; the restore is done.
-  }
   return ERROR_SUCCESS;
 }
 

@@ -96,12 +96,15 @@ void ShareWithGroup(const std::string& path) {
     ::chmod(path.c_str(), 0664);
 }
 
-// What a sound database may still have wrong as a registry: keys without parents, values without keys.
-constexpr const char* kFindOrphan =
+// What a sound database may still have wrong as a registry: keys without parents, values without keys, no
+// numbers for new keys.
+constexpr const char* kFindFlaw =
     "SELECT 'key ' || path || ' has no parent' FROM keys k WHERE id <> 1"
     " AND NOT EXISTS (SELECT 1 FROM keys p WHERE p.id = k.parent)"
     " UNION ALL SELECT 'value ' || name || ' belongs to no key' FROM vals"
-    " WHERE NOT EXISTS (SELECT 1 FROM keys WHERE id = vals.key) LIMIT 1";
+    " WHERE NOT EXISTS (SELECT 1 FROM keys WHERE id = vals.key)"
+    " UNION ALL SELECT 'the sequence of keys is missing'"
+    " WHERE NOT EXISTS (SELECT 1 FROM sqlite_sequence WHERE name = 'keys') LIMIT 1";
 
 // A file name as an SQLite URI for a file that is read without a log and without locks.
 std::string BareFileUri(const std::string& path) {
@@ -215,7 +218,7 @@ std::unique_ptr<Connection> Connection::OpenExisting(const std::string& path) {
     // there is one now, a writer has come meanwhile.
     if (StampOf(path).has_log) continue;
     auto bare = open(Access::kReadBareFile);
-    if (!bare || !bare->stamp_.has_log) return bare;
+    if (!StampOf(path).has_log) return bare;
   }
 }
 
@@ -255,7 +258,8 @@ void Connection::Create() {
   Transaction whole(*this, Transaction::Kind::kWrite);
   if (!Recognize()) {
     Execute(kCreateSchema);
-    SkipKeyIds();
+    // A handle on a key of a file that this one replaces must find none under its id.
+    Execute("UPDATE sqlite_sequence SET seq = seq + (random() & 0xFFFFFFFFFF) WHERE name = 'keys'");
     Execute(("PRAGMA application_id = " + std::to_string(kApplicationId)).c_str());
     Execute(("PRAGMA user_version = " + std::to_string(kSchemaVersion)).c_str());
   }
@@ -320,12 +324,8 @@ void Connection::CopyFrom(Connection& source) {
   if (code != SQLITE_OK) Fail(code);
 }
 
-void Connection::SkipKeyIds() {
-  Execute("UPDATE sqlite_sequence SET seq = seq + (random() & 0xFFFFFFFFFF) WHERE name = 'keys'");
-}
-
 void Connection::Check() {
-  for (const char* sql : {"PRAGMA integrity_check(1)", kFindOrphan}) {
+  for (const char* sql : {"PRAGMA integrity_check(1)", kFindFlaw}) {
     Statement statement = Prepare(sql);
     const std::string finding(statement.Step() ? statement.Text(0) : "ok");
     // Some findings come under a heading.

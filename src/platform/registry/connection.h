@@ -83,9 +83,6 @@ class Connection {
 
   // Replaces everything by what the source holds, in one transaction of its own.
   void CopyFrom(Connection& source);
-  // Goes on with key ids that no key of this or another file has had, so that a handle on a key of a file
-  // that was replaced is a dead one.
-  void SkipKeyIds();
   // RegistryFailure ERROR_BADDB with the first thing that is wrong.
   void Check();
 

@@ -118,9 +118,12 @@ TEST_F(RegistryFile, WhatIsNotARegistryIsRefusedAndLeftAsItIs) {
 
 TEST_F(RegistryFile, TheCheckNamesWhatIsWrong) {
   MakeFile(3);
-  ExecuteSql("UPDATE keys SET parent = 9999 WHERE name = 'key1'");
-  EXPECT_EQ(RegFileCheck(), 1009);
-  EXPECT_NE(std::string(RegFileCause()).find("KEY1"), std::string::npos) << RegFileCause();
+  for (auto [flaw, finding] : {std::pair("DELETE FROM sqlite_sequence", "sequence"),
+                               std::pair("UPDATE keys SET parent = 9999 WHERE name = 'key1'", "KEY1")}) {
+    ExecuteSql(flaw);
+    EXPECT_EQ(RegFileCheck(), 1009);
+    EXPECT_NE(std::string(RegFileCause()).find(finding), std::string::npos) << RegFileCause();
+  }
 }
 
 TEST_F(RegistryFile, AFolderThatIsMissingOrIsNone) {
