@@ -21,8 +21,10 @@ LSTATUS RegFileRollback(void);
 LSTATUS RegFileCheck(void);
 
 // Copies the whole registry as it is at one moment into a file of its own, while others may go on writing. A
-// file of that name is replaced once the copy is whole. ERROR_FILE_NOT_FOUND when there is no registry file
-// yet, ERROR_INVALID_PARAMETER inside a transaction, or the code of the failure.
+// file of that name is replaced once the copy is whole, and left as it was where the copy fails.
+// ERROR_FILE_NOT_FOUND when there is no registry file yet, ERROR_INVALID_PARAMETER inside a transaction and
+// for the registry's own name, ERROR_BUSY when a program has the file of that name open, or the code of the
+// failure.
 LSTATUS RegFileBackup(LPCSTR lpFile);
 // Makes the registry what a backup holds, in one step, also while others use it. ERROR_BADDB, and nothing
 // changed, when the backup is not sound.

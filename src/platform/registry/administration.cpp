@@ -4,6 +4,8 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
+#include <random>
 
 #include "platform/registry/calls.h"
 #include "platform/registry/failure.h"
@@ -24,7 +26,17 @@ LSTATUS Check() {
   return ERROR_SUCCESS;
 }
 
-// Written beside the file that it becomes, so that an older backup of that name is lost only to a whole one.
+// Closes a file that is to be replaced: what its log holds goes into it, and the log away, since it would be
+// taken for that of the new file.
+void PutLogAway(const std::string& path) {
+  if (std::error_code ignored; !std::filesystem::exists(path + "-wal", ignored)) return;
+  Connection::OpenForWriting(path);
+  if (std::error_code ignored; std::filesystem::exists(path + "-wal", ignored))
+    throw RegistryFailure(ERROR_BUSY, path + ": is in use");
+}
+
+// Written beside the file that it becomes, so that an older backup of that name is lost only to a whole one;
+// under a name of its own, since others may do the same.
 LSTATUS Backup(LPCSTR path) {
   if (!path || !*path) return ERROR_INVALID_PARAMETER;
   auto lease = Session::OfThisThread().Use();
@@ -32,10 +44,12 @@ LSTATUS Backup(LPCSTR path) {
   if (!source)
     throw RegistryFailure(ERROR_FILE_NOT_FOUND, std::string(Session::FilePath()) + ": there is no such file");
   if (source->in_transaction()) return ERROR_INVALID_PARAMETER;
-  const std::string part = std::string(path) + ".part";
-  std::remove(part.c_str());
+  if (std::error_code ignored; std::filesystem::equivalent(path, source->path(), ignored))
+    throw RegistryFailure(ERROR_INVALID_PARAMETER, std::string(path) + ": is the registry itself");
+  const std::string part = std::string(path) + "." + std::to_string(std::random_device()()) + ".part";
   try {
-    Connection::OpenForWriting(part)->CopyFrom(*source);
+    Connection::WriteCopy(*source, part);
+    PutLogAway(path);
     if (std::rename(part.c_str(), path) == 0) return ERROR_SUCCESS;
     const LSTATUS code = errno == EISDIR ? ERROR_ACCESS_DENIED : ERROR_REGISTRY_IO_FAILED;
     throw RegistryFailure(code, std::string(path) + ": " + std::strerror(errno));
@@ -51,7 +65,7 @@ LSTATUS Restore(LPCSTR path) {
   const std::unique_ptr<Connection> source = Connection::OpenForReading(path);
   if (!source) throw RegistryFailure(ERROR_FILE_NOT_FOUND, std::string(path) + ": there is no such backup");
   source->Check();
-  if (!lease.MayWrite()) return ERROR_ACCESS_DENIED;
+  lease.RequireRights();
   Connection& target = lease.ForWriting();
   if (target.in_transaction()) return ERROR_INVALID_PARAMETER;
   target.CopyFrom(*source);

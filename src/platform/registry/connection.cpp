@@ -96,15 +96,25 @@ void ShareWithGroup(const std::string& path) {
     ::chmod(path.c_str(), 0664);
 }
 
-// What a sound database may still have wrong as a registry: keys without parents, values without keys, no
-// numbers for new keys.
+// False where there is one of that name.
+bool CreateEmptyFile(const std::string& path) {
+  // SQLite would try to open what it cannot create and report why that failed.
+  if (::mknod(path.c_str(), S_IFREG | 0644, 0) == 0) return ShareWithGroup(path), true;
+  if (errno == EEXIST) return false;
+  FailToOpen(errno, path);
+}
+
+// What a sound database may still have wrong as a registry: no root, keys without parents, values without
+// keys, no numbers left for new keys or numbers that keys have had.
 constexpr const char* kFindFlaw =
-    "SELECT 'key ' || path || ' has no parent' FROM keys k WHERE id <> 1"
+    "SELECT 'the root is missing' WHERE NOT EXISTS (SELECT 1 FROM keys WHERE id = 1)"
+    " UNION ALL SELECT 'key ' || path || ' has no parent' FROM keys k WHERE id <> 1"
     " AND NOT EXISTS (SELECT 1 FROM keys p WHERE p.id = k.parent)"
     " UNION ALL SELECT 'value ' || name || ' belongs to no key' FROM vals"
     " WHERE NOT EXISTS (SELECT 1 FROM keys WHERE id = vals.key)"
-    " UNION ALL SELECT 'the sequence of keys is missing'"
-    " WHERE NOT EXISTS (SELECT 1 FROM sqlite_sequence WHERE name = 'keys') LIMIT 1";
+    " UNION ALL SELECT 'the sequence of keys is wrong' WHERE NOT EXISTS (SELECT 1 FROM sqlite_sequence"
+    " WHERE name = 'keys' AND typeof(seq) = 'integer' AND seq BETWEEN (SELECT max(id) FROM keys) AND 1 << 62)"
+    " LIMIT 1";
 
 // A file name as an SQLite URI for a file that is read without a log and without locks.
 std::string BareFileUri(const std::string& path) {
@@ -226,11 +236,7 @@ std::unique_ptr<Connection> Connection::OpenForReading(const std::string& path) 
 
 std::unique_ptr<Connection> Connection::OpenForWriting(const std::string& path) {
   if (auto existing = OpenExisting(path)) return existing;
-  // SQLite would try to open what it cannot create and report why that failed.
-  if (::mknod(path.c_str(), S_IFREG | 0644, 0) == 0)
-    ShareWithGroup(path);
-  else if (errno != EEXIST)
-    FailToOpen(errno, path);
+  CreateEmptyFile(path);
   std::unique_ptr<Connection> connection(new Connection(path, Access::kWrite, true));
   connection->Create();
   return connection;
@@ -322,6 +328,14 @@ void Connection::CopyFrom(Connection& source) {
   sqlite3_backup_step(copy, -1);
   const int code = sqlite3_backup_finish(copy);
   if (code != SQLITE_OK) Fail(code);
+}
+
+void Connection::WriteCopy(Connection& source, const std::string& path) {
+  if (!CreateEmptyFile(path)) FailToOpen(EEXIST, path);
+  Connection copy(path, Access::kWrite, false);
+  // A log would still have to go into the file when it is closed, and nobody hears of it where that fails.
+  copy.Execute("PRAGMA journal_mode = OFF");
+  copy.CopyFrom(source);
 }
 
 void Connection::Check() {

@@ -83,6 +83,8 @@ class Connection {
 
   // Replaces everything by what the source holds, in one transaction of its own.
   void CopyFrom(Connection& source);
+  // Makes a new file of what the source holds. After a failure there may be a part of it.
+  static void WriteCopy(Connection& source, const std::string& path);
   // RegistryFailure ERROR_BADDB with the first thing that is wrong.
   void Check();
 

@@ -33,7 +33,7 @@ bool HasWriteRight(REGSAM access) { return (access & (KEY_SET_VALUE | KEY_CREATE
 REGSAM Grant(Session::Lease& lease, REGSAM wanted) {
   REGSAM access = ExpandGenericRights(wanted);
   if (wanted & MAXIMUM_ALLOWED) access |= lease.MayWrite() ? KEY_ALL_ACCESS : KEY_READ;
-  if (HasWriteRight(access) && !lease.MayWrite()) throw RegistryFailure(ERROR_ACCESS_DENIED);
+  if (HasWriteRight(access)) lease.RequireRights();
   return access;
 }
 
@@ -144,7 +144,7 @@ LSTATUS CreateKey(HKEY handle, LPCSTR subkey, REGSAM wanted, HKEY* result, DWORD
   KeyId key = FindKey(existing, path);
   bool created = key == 0;
   if (created) {
-    if (!lease.MayWrite()) return ERROR_ACCESS_DENIED;
+    lease.RequireRights();
     Connection& connection = lease.ForWriting();
     Transaction whole(connection, Transaction::Kind::kWrite);
     PathOf(&connection, handle);  // nothing is created under a key that was deleted meanwhile
@@ -200,7 +200,7 @@ LSTATUS SetValue(HKEY handle, LPCSTR value_name, DWORD type, const BYTE* data, D
   if (size != 0) bytes.assign(reinterpret_cast<const char*>(data), size);
   if (type == REG_SZ && !bytes.empty() && bytes.back() != '\0') bytes.push_back('\0');
   if (LSTATUS refused = CheckRight(handle, KEY_SET_VALUE)) return refused;
-  if (!lease.MayWrite()) return ERROR_ACCESS_DENIED;
+  lease.RequireRights();
   Connection& connection = lease.ForWriting();
   Transaction whole(connection, Transaction::Kind::kWrite);
   KeyId key = KeyOf(&connection, handle);
@@ -270,7 +270,8 @@ LSTATUS DeleteKey(HKEY handle, LPCSTR subkey) {
   Connection* existing = lease.ForReading();
   Name path = JoinPaths(PathOf(existing, handle), std::move(relative));
   if (FindKey(existing, path) == 0) return ERROR_FILE_NOT_FOUND;
-  if (path.folded.empty() || !lease.MayWrite()) return ERROR_ACCESS_DENIED;
+  if (path.folded.empty()) return ERROR_ACCESS_DENIED;
+  lease.RequireRights();
   Connection& connection = lease.ForWriting();
   Transaction whole(connection, Transaction::Kind::kWrite);
   PathOf(&connection, handle);  // nothing is deleted through a key that was itself deleted meanwhile
@@ -298,7 +299,7 @@ LSTATUS DeleteValue(HKEY handle, LPCSTR value_name) {
   KeyId key = KeyOf(existing, handle);
   PathOf(existing, handle);  // reports a key that was deleted
   if (!existing || key == 0) return ERROR_FILE_NOT_FOUND;
-  if (!lease.MayWrite()) return ERROR_ACCESS_DENIED;
+  lease.RequireRights();
   Connection& connection = lease.ForWriting();
   Query query(connection.Get(Sql::kDeleteValue));
   query->Bind(1, key).Bind(2, name.folded);

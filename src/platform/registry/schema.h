@@ -3,7 +3,7 @@
 // keys     one row a key. `path` is the folded path from the hive's root: a key is found in one look-up
 // however deep it
 //          lies, and siblings sort by it as by their names. Ids are never used again, so a handle on a
-//          deleted key stays dead.
+//          deleted key stays dead (unless a restore brings that very key back).
 // vals     one row a value, found by the key and the folded name in one look-up; `ordinal` is its place among
 // the key's values. changes  the latest additions to and removals from each list (the subkeys of key k are
 // list 2k, its values 2k + 1),

@@ -119,11 +119,14 @@ bool Session::Lease::MayWrite() {
   return !connection || connection->writable();
 }
 
-void Session::Lease::Begin() {
-  if (session_.in_batch_) throw RegistryFailure(ERROR_INVALID_PARAMETER);
-  // SQLite itself would begin a transaction that only reads.
+void Session::Lease::RequireRights() {
   if (!MayWrite())
     throw RegistryFailure(ERROR_ACCESS_DENIED, std::string(FilePath()) + ": may not be written");
+}
+
+void Session::Lease::Begin() {
+  if (session_.in_batch_) throw RegistryFailure(ERROR_INVALID_PARAMETER);
+  RequireRights();  // SQLite itself would begin a transaction that only reads
   ForWriting().BeginBatch();
   session_.in_batch_ = true;
 }

@@ -28,6 +28,8 @@ class Session {
     Connection& ForWriting();
     // False when a file exists that the account may not write.
     bool MayWrite();
+    // ERROR_ACCESS_DENIED with the cause where that is so.
+    void RequireRights();
 
     void Begin();
     void Commit();
