@@ -1,11 +1,15 @@
-// Calling an object by number as a script engine does, with everything that comes back.
+// Calling an object by number as a script engine does, with everything that comes back; the component
+// loaded as a client does it.
 #pragma once
+
+#include <dlfcn.h>
 
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "moxel/interfaces.h"
+#include "tests/tools/shell.h"
 #include "tests/variables/records.h"
 
 namespace moxel::test {
@@ -72,6 +76,24 @@ inline ErrorText TakeErrorInfo() {
   info->GetDescription(description.Receive());
   return {true, std::u16string(source.view()), std::u16string(description.view())};
 }
+
+inline std::string LibraryPath(const char* name) { return BuildFolder() / "lib" / name; }
+
+// The component as a client has it: the shared library of this build.
+class LibraryTest : public RegistryTest {
+ protected:
+  ~LibraryTest() override {
+    if (library_) ::dlclose(library_);
+  }
+
+  HRESULT CallExport(const char* name) const {
+    auto* entry = reinterpret_cast<HRESULT (*)()>(library_ ? ::dlsym(library_, name) : nullptr);
+    return entry ? entry() : E_FAIL;
+  }
+
+ private:
+  void* library_ = ::dlopen(LibraryPath("libmoxel.so").c_str(), RTLD_NOW | RTLD_LOCAL);
+};
 
 inline VARIANT Bare(VARTYPE tag) {
   VARIANT value{};

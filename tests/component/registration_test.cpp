@@ -1,11 +1,11 @@
 #include "component/registration.h"
 
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <set>
+#include <sstream>
 
 #include "moxel/component.h"
 #include "tests/component/calls.h"
@@ -15,51 +15,27 @@ namespace {
 
 using namespace std::string_literals;
 
-std::string Library(const char* name) {
-  auto program = std::filesystem::read_symlink("/proc/self/exe");
-  return (program.parent_path().parent_path() / "lib" / name).string();
-}
-
 std::string Braced(const GUID& guid) {
   OLECHAR text[39];
   StringFromGUID2(guid, text, 39);
   return {text, text + 38};
 }
 
-void Collect(const std::string& path, std::set<std::string>& found) {
-  const Key key = Open(HKEY_CLASSES_ROOT, path);
-  found.insert(path + " = " + Get(key, "").value_or("(none)").c_str());
-  for (DWORD index = 0; const auto name = NameAt(kSubkeys, key, index); ++index)
-    Collect(path.empty() ? *name : path + "\\" + *name, found);
-}
-
 // Every key of the classes, with its default value.
-std::set<std::string> Classes() {
-  std::set<std::string> found;
-  Collect("", found);
+std::set<std::string> Classes(const std::string& path = "") {
+  const Key key = Open(HKEY_CLASSES_ROOT, path);
+  std::set<std::string> found{path + " = " + Get(key, "").value_or("(none)").c_str()};
+  for (DWORD index = 0; const auto name = NameAt(kSubkeys, key, index); ++index)
+    found.merge(Classes(path.empty() ? *name : path + "\\" + *name));
   return found;
 }
 
-class RegistrationTest : public RegistryTest {
- protected:
-  RegistrationTest() : library_(::dlopen(Library("libmoxel.so").c_str(), RTLD_NOW | RTLD_LOCAL)) {}
-  ~RegistrationTest() override {
-    if (library_) ::dlclose(library_);
-  }
-
-  HRESULT CallExport(const char* name) {
-    if (!library_) return E_FAIL;
-    auto* entry = reinterpret_cast<HRESULT (*)()>(::dlsym(library_, name));
-    return entry ? entry() : E_NOTIMPL;
-  }
-
-  void* library_;
-};
+class RegistrationTest : public LibraryTest {};
 
 TEST_F(RegistrationTest, TheUsualKeysAreWritten) {
   ASSERT_EQ(CallExport("DllRegisterServer"), S_OK);
   const std::set<std::string> classes = Classes();
-  const std::string path = Library("libmoxel.so"), class_id = Braced(CLSID_RootVar),
+  const std::string path = LibraryPath("libmoxel.so"), class_id = Braced(CLSID_RootVar),
                     clsid = "CLSID\\" + class_id, library_id = Braced(kLibraryId),
                     interface = "Interface\\" + Braced(IID__Variable);
   for (const std::string& expected :
@@ -103,13 +79,9 @@ TEST_F(RegistrationTest, ARegistryThatRefusesIsReported) {
 
 // The names that a library offers to whoever loads it.
 std::set<std::string> Exported(const char* library) {
-  const std::string command = "nm -D --defined-only --format=just-symbols '" + Library(library) + "'";
-  std::set<std::string> names;
-  FILE* listing = ::popen(command.c_str(), "r");
-  char name[1000];
-  while (listing && std::fscanf(listing, "%999s", name) == 1) names.insert(name);
-  EXPECT_EQ(listing ? ::pclose(listing) : -1, 0) << command;
-  return names;
+  std::istringstream names(
+      ShellOutput("nm -D --defined-only --format=just-symbols " + ShellWord(LibraryPath(library))));
+  return {std::istream_iterator<std::string>(names), {}};
 }
 
 TEST(Exports, TheComponentOffersItsFourEntriesAloneAndThePlatformNoCxxName) {

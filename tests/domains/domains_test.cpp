@@ -6,11 +6,7 @@
 namespace moxel::test {
 namespace {
 
-ObjectPtr<Domaine> DomainNamed(std::string_view name) {
-  ObjectPtr<Domaine> domain = Domaine::Create();
-  domain->key = Wide(name);
-  return domain;
-}
+ObjectPtr<Domaine> DomainNamed(std::string_view name) { return Keyed<Domaine>(Wide(name)); }
 
 // One more than a 16-bit counter holds, named "1", "2", ...
 ObjectPtr<Scenarios> TooManyScenarios() {

@@ -81,8 +81,7 @@ TEST_F(ScenarioInitializeTest, MoreThanA16BitCounterHoldsIsRefusedBeforeAnyIsTou
   ObjectPtr<Variables> variables = Variables::Create();
   for (int i = 0; i < 32768; ++i) {  // only the first would change anything
     order->Add(i == 0 ? u"A" : u"no task", Variant::Missing());
-    ObjectPtr<Variable> variable = Variable::Create();
-    variable->key = Wide(std::to_string(i));
+    ObjectPtr<Variable> variable = Keyed<Variable>(Wide(std::to_string(i)));
     variable->SetVarType(i == 0 ? u"V" : u"C");
     variables->Add(*variable);
   }

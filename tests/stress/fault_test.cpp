@@ -143,20 +143,20 @@ class Faults : public RegistryLoad {
   }
 };
 
-const std::tuple<const char*, Operation, int, int> kFaults[] = {
-    {"open", Operation::kOpen, SQLITE_CANTOPEN, EMFILE},
-    {"delete", Operation::kDelete, SQLITE_IOERR_DELETE, EIO},
-    {"access", Operation::kAccess, SQLITE_IOERR_ACCESS, EIO},
-    {"read", Operation::kRead, SQLITE_IOERR_READ, EIO},
-    {"write", Operation::kWrite, SQLITE_IOERR_WRITE, EIO},
-    {"write, full", Operation::kWrite, SQLITE_FULL, ENOSPC},
-    {"truncate", Operation::kTruncate, SQLITE_IOERR_TRUNCATE, EIO},
-    {"sync", Operation::kSync, SQLITE_IOERR_FSYNC, EIO},
-    {"size", Operation::kFileSize, SQLITE_IOERR_FSTAT, EIO},
-    {"lock", Operation::kLock, SQLITE_IOERR_LOCK, EIO},
-    {"map", Operation::kShmMap, SQLITE_IOERR_SHMMAP, ENOMEM},
-    {"map, full", Operation::kShmMap, SQLITE_FULL, ENOSPC},
-    {"lock of the index", Operation::kShmLock, SQLITE_IOERR_SHMLOCK, EIO},
+const std::tuple<const char*, Call, int, int> kFaults[] = {
+    {"open", kOpen, SQLITE_CANTOPEN, EMFILE},
+    {"delete", kDelete, SQLITE_IOERR_DELETE, EIO},
+    {"access", kAccess, SQLITE_IOERR_ACCESS, EIO},
+    {"read", kRead, SQLITE_IOERR_READ, EIO},
+    {"write", kWrite, SQLITE_IOERR_WRITE, EIO},
+    {"write, full", kWrite, SQLITE_FULL, ENOSPC},
+    {"truncate", kTruncate, SQLITE_IOERR_TRUNCATE, EIO},
+    {"sync", kSync, SQLITE_IOERR_FSYNC, EIO},
+    {"size", kSize, SQLITE_IOERR_FSTAT, EIO},
+    {"lock", kLock, SQLITE_IOERR_LOCK, EIO},
+    {"map", kMap, SQLITE_IOERR_SHMMAP, ENOMEM},
+    {"map, full", kMap, SQLITE_FULL, ENOSPC},
+    {"lock of the index", kMapLock, SQLITE_IOERR_SHMLOCK, EIO},
 };
 
 // A call that fails does nothing, all others do all: the same tree as where the failing ones were left out.

@@ -3,28 +3,13 @@
 
 #include <sqlite3.h>
 
-#include <string>
-
 namespace moxel::test {
 
-enum class Operation {
-  kNone,
-  kOpen,
-  kDelete,
-  kAccess,
-  kRead,
-  kWrite,
-  kTruncate,
-  kSync,
-  kFileSize,
-  kLock,
-  kShmMap,
-  kShmLock
-};
+enum Call { kNone, kOpen, kDelete, kAccess, kRead, kWrite, kTruncate, kSync, kSize, kLock, kMap, kMapLock };
 
 struct Fault {
-  Operation operation = Operation::kNone;
-  int code = 0;          // what the operation answers, as SQLite knows it
+  Call call = kNone;
+  int code = 0;          // what the call answers, as SQLite knows it
   int error_number = 0;  // and as the system does
   int at = 0;            // the first one that fails
   bool lasts = false;    // as do all behind it

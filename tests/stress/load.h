@@ -1,5 +1,5 @@
-// What the load programs share: how much they do, which the environment says, a board that all processes of a
-// test see, and hands (threads or processes) that set out together.
+// What the load programs share: how much they do, which the environment says, and a board that all
+// processes of a test see.
 #pragma once
 
 #include <sys/mman.h>
@@ -8,7 +8,6 @@
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
-#include <deque>
 #include <iostream>
 #include <new>
 #include <random>
@@ -25,8 +24,6 @@ inline int Setting(const char* name, int short_form) {
   const char* text = std::getenv(name);
   return text != nullptr ? std::atoi(text) : short_form;
 }
-
-inline std::string Digits(int number) { return std::to_string(number); }
 
 inline int NumberIn(HKEY key, const std::string& name) { return std::stoi(Get(key, name).value_or("0")); }
 
@@ -86,25 +83,5 @@ class RegistryLoad : public RegistryKeyTest {
 
   Board& board_;
 };
-
-enum Hands { kThreads, kProcesses };
-
-// What hands answer that work at the same time.
-inline std::string AllAtOnce(Hands hands, int count, const std::function<std::string(int)>& work) {
-  std::deque<std::string> answers(static_cast<std::size_t>(count));
-  std::deque<std::thread> threads;
-  std::deque<Child> children;
-  for (int me = 0; me < count; ++me) {
-    if (hands == kProcesses)
-      children.emplace_back([&work, me] { return work(me); });
-    else
-      threads.emplace_back([&, me] { answers[static_cast<std::size_t>(me)] = work(me); });
-  }
-  for (auto& thread : threads) thread.join();
-  for (auto& child : children) answers.push_back(child.Answer());
-  std::string all;
-  for (const auto& answer : answers) all += answer;
-  return all;
-}
 
 }  // namespace moxel::test

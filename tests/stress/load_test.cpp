@@ -3,7 +3,6 @@
 #include <poll.h>
 #include <sys/stat.h>
 
-#include <map>
 #include <set>
 
 #include "load.h"
@@ -52,8 +51,7 @@ class Hand {
     bool may_write;
   };
   struct Known {
-    std::set<std::string> subkeys;
-    std::vector<std::string> values;
+    std::vector<std::string> lists[2];
     int counted = 0;
   };
 
@@ -141,18 +139,15 @@ class Hand {
 
   void UseOwn() {
     const std::string name = Digits(10 + Pick(30));
-    switch (Pick(9)) {
-      case 0:
-      case 1: ToggleSubkey(name); break;
-      case 2:
-      case 3: ToggleValue(name); break;
-      case 4:
-        if (saved_ || Pick(4) != 0) break;
-        Try("begin", {0}, RegFileBegin);
-        saved_ = known_;
-        rest_ = 1 + Pick(4);
-        break;
-      default: CompareLists(); break;
+    const int choice = Pick(9);
+    if (choice < 4) {
+      Toggle(choice < 2 ? kSubkeys : kValues, name);
+    } else if (choice > 4) {
+      CompareLists();
+    } else if (!saved_ && Pick(4) == 0) {
+      Try("begin", {0}, RegFileBegin);
+      saved_ = known_;
+      rest_ = 1 + Pick(4);
     }
     if (!saved_) return;
     if (Pick(2) == 0)
@@ -168,25 +163,19 @@ class Hand {
     saved_.reset();
   }
 
-  void ToggleSubkey(const std::string& name) {
-    if (known_.subkeys.erase(name) > 0)
-      Try("delete an own key", {0}, [&] { return Remove(kSubkeys, own_, name); });
-    else
-      Try("create an own key", {0}, [&] { return Create(own_, name).answer; }), known_.subkeys.insert(name);
-  }
-
-  void ToggleValue(const std::string& name) {
-    if (std::erase(known_.values, name) > 0)
-      Try("delete an own value", {0}, [&] { return Remove(kValues, own_, name); });
-    else
-      Try("set an own value", {0}, [&] { return Set(own_, name, name); }), known_.values.push_back(name);
+  void Toggle(List list, const std::string& name) {
+    auto& known = known_.lists[list];
+    const bool there = std::erase(known, name) > 0;
+    Try(there ? "delete an own entry" : "make an own entry", {0},
+        [&] { return there ? Remove(list, own_, name) : Add(list, own_, name); });
+    if (!there) known.push_back(name);
+    if (list == kSubkeys) std::ranges::sort(known);
   }
 
   // A few entries from anywhere, by a handle that has stepped here before.
   void CompareLists() {
     const List list = Pick(2) == 0 ? kSubkeys : kValues;
-    const std::vector<std::string> entries =
-        list == kValues ? known_.values : std::vector(known_.subkeys.begin(), known_.subkeys.end());
+    const auto& entries = known_.lists[list];
     const auto from = static_cast<std::size_t>(Pick(static_cast<int>(entries.size()) + 1));
     for (std::size_t i = from; i < from + 4; ++i) {
       std::string found = "none";

@@ -9,7 +9,9 @@
 #include <unistd.h>
 
 #include <cstdint>
+#include <deque>
 #include <functional>
+#include <numeric>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -109,6 +111,8 @@ inline std::string Text(const Answers& answers) {
   return text;
 }
 
+inline std::string Digits(int number) { return std::to_string(number); }
+
 // What every call that works on a key answers, given arguments that are right.
 inline Answers AllCalls(HKEY key) {
   return {Open(key, "below").answer, Open(key, "", KEY_ALL_ACCESS).answer,
@@ -186,5 +190,25 @@ class Child {
   Pipe answer_;
   pid_t pid_;
 };
+
+enum Hands { kThreads, kProcesses };
+
+// What hands answer that set out together.
+inline std::string AllAtOnce(Hands hands, int count, const std::function<std::string(int)>& work) {
+  Pipe gate;
+  std::deque<std::string> answers;
+  std::deque<std::thread> threads;
+  std::deque<Child> children;
+  for (int me = 0; me < count; ++me) {
+    if (hands == kProcesses)
+      children.emplace_back([&, me] { return gate.Rest(), work(me); });
+    else
+      threads.emplace_back([&work, me, &answer = answers.emplace_back()] { answer = work(me); });
+  }
+  gate.CloseWriting();
+  for (auto& thread : threads) thread.join();
+  for (auto& child : children) answers.push_back(child.Answer());
+  return std::accumulate(answers.begin(), answers.end(), std::string());
+}
 
 }  // namespace moxel::test

@@ -33,11 +33,6 @@ class HelpTest : public RegistryTest {
   std::unique_ptr<CLI::App> app_ = tool::DescribeCommandLine(console_);
 };
 
-Arguments operator+(Arguments left, const Arguments& right) {
-  left.insert(left.end(), right.begin(), right.end());
-  return left;
-}
-
 TEST_F(HelpTest, EveryVerbExplainsItselfAndItsOptions) {
   const std::string page = tool::ReadFile(BuildFolder() / "share/man/man1/moxel.1");
   Visit([&](const CLI::App& verb, const std::string& path, const Arguments& words) {

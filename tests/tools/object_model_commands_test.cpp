@@ -7,13 +7,14 @@
 #include <unistd.h>
 
 #include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <nlohmann/json.hpp>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "moxel/files.h"
 #include "tests/support/temp_registry.h"
 #include "tests/tools/run_tool.h"
 
@@ -26,10 +27,7 @@ class ObjectModelCommandsTest : public RegistryTest {
  protected:
   ObjectModelCommandsTest() { Do({"registry", "import", MOXEL_EXAMPLES "/configuration.reg"}); }
 
-  static json Json(Arguments arguments) {
-    arguments.push_back("--json");
-    return json::parse(Do(arguments));
-  }
+  static json Json(const Arguments& arguments) { return json::parse(Do(arguments + Arguments{"--json"})); }
 
   static void ExpectFailure(const ToolRun& run, int exit_code, const std::string& error) {
     EXPECT_EQ(run.exit_code, exit_code);
@@ -201,9 +199,7 @@ TEST_F(ObjectModelCommandsTest, AScenarioIsResetInItsModes) {
                {{"--mode", "after-error"}, {"processed", "retry", "not processed"}, 3},
                {{"--variables"}, {"not processed", "not processed", "not processed"}, 0}};
   for (const auto& c : cases) {
-    Arguments arguments{"scenario", "reset", "Night"};
-    arguments.insert(arguments.end(), c.options.begin(), c.options.end());
-    Do(arguments);
+    Do(Arguments{"scenario", "reset", "Night"} + c.options);
     const json night = Json({"scenario", "show", "Night"});
     EXPECT_EQ(night["state"], "not processed");
     EXPECT_EQ(Field(night["variables"], "Attempts", "value"), c.attempts);
@@ -261,39 +257,32 @@ TEST_F(ObjectModelCommandsTest, AUserWhoCannotBeDeletedIsReported) {
 TEST_F(ObjectModelCommandsTest, VariablesOfEveryTypeAreRead) {
   const struct {
     const char* name;
-    std::string values;
+    int type;
+    std::string value, initial;
     std::string printed;
     json described;  // kind, type, value, initial value
-  } cases[] = {{"Text",
-                "\"Value\"=\"\xCEle\"\n\"Init\"=\"\"\n\"Type\"=dword:0\n\"V/C\"=\"V\"",
-                "Île",
-                {"variable", "text", "Île", ""}},
-               {"Number",
-                "\"Value\"=dword:fffffff4\n\"Init\"=\"12\"\n\"Type\"=dword:1\n\"V/C\"=\"C\"",
-                "-12",
-                {"constant", "number", -12, "12"}},
-               {"Boolean",
-                "\"Value\"=\"1\"\n\"Init\"=\"0\"\n\"Type\"=dword:2\n\"V/C\"=\"V\"",
-                "1",
-                {"variable", "boolean", "1", "0"}},
-               {"Password",
-                "\"Value\"=hex(1):9e,9d,9c,00\n\"Init\"=hex(1):9c,00\n\"Type\"=dword:3\n\"V/C\"=\"C\"",
-                "abc",
-                {"constant", "password", "abc", "c"}},
-               {"Date",
-                "\"Value\"=\"2024-03-29 18:00:00.000\"\n\"Init\"=\"2024-01-31 "
-                "18:00:00.000\"\n\"Type\"=dword:4\n\"V/C\"=\"V\"",
-                "2024-03-29 18:00:00.000",
-                {"variable", "date", "2024-03-29 18:00:00.000", "2024-01-31 18:00:00.000"}},
-               {"Real",
-                "\"Value\"=hex(4):00,00,00,00,00,00,04,c0\n\"Init\"=hex(4):00,00,00,00,00,00,e0,3f\n\"Type\"="
-                "dword:6\n\"V/C\"=\"V\"",
-                "-2.5",
-                {"variable", "real", -2.5, 0.5}}};
+  } cases[] = {
+      {"Text", 0, "\"\xCEle\"", "\"\"", "Île", {"variable", "text", "Île", ""}},
+      {"Number", 1, "dword:fffffff4", "\"12\"", "-12", {"constant", "number", -12, "12"}},
+      {"Boolean", 2, "\"1\"", "\"0\"", "1", {"variable", "boolean", "1", "0"}},
+      {"Password", 3, "hex(1):9e,9d,9c,00", "hex(1):9c,00", "abc", {"constant", "password", "abc", "c"}},
+      {"Date",
+       4,
+       "\"2024-03-29 18:00:00.000\"",
+       "\"2024-01-31 18:00:00.000\"",
+       "2024-03-29 18:00:00.000",
+       {"variable", "date", "2024-03-29 18:00:00.000", "2024-01-31 18:00:00.000"}},
+      {"Real",
+       6,
+       "hex(4):00,00,00,00,00,00,04,c0",
+       "hex(4):00,00,00,00,00,00,e0,3f",
+       "-2.5",
+       {"variable", "real", -2.5, 0.5}}};
   for (const std::string owner : {"domain", "scenario"})
     for (const auto& c : cases) {
       Import(kProduct + std::string(owner == "domain" ? "Domain" : "Scenarios") + "\\Sales\\Var\\" + c.name +
-             "]\n" + c.values + "\n");
+             "]\n\"Value\"=" + c.value + "\n\"Init\"=" + c.initial + "\n\"Type\"=dword:" +
+             std::to_string(c.type) + "\n\"V/C\"=\"" + (c.described[0] == "constant" ? "C" : "V") + "\"\n");
       const Arguments get{"variable", "get", "--" + owner, "Sales", c.name};
       EXPECT_EQ(Do(get), c.printed + "\n");
       EXPECT_EQ(Json(get), json({{"owner", owner},
@@ -327,9 +316,8 @@ TEST_F(ObjectModelCommandsTest, VariablesOfEveryTypeAreCreated) {
   for (const Arguments& owner : {Arguments{"--domain", "Finance"}, Arguments{"--scenario", "Backup"}})
     for (size_t i = 0; i < std::size(cases); ++i) {
       const std::string name = "New" + std::to_string(i);
-      Arguments arguments{"variable", "create", owner[0], owner[1], name};
-      arguments.insert(arguments.end(), cases[i].options.begin(), cases[i].options.end());
-      EXPECT_EQ(Do(arguments, cases[i].input), "");
+      const Arguments create = Arguments{"variable", "create"} + owner + Arguments{name};
+      EXPECT_EQ(Do(create + cases[i].options, cases[i].input), "");
       const json found = Json({"variable", "get", owner[0], owner[1], name});
       EXPECT_EQ(json({found["kind"], found["dataType"], found["value"], found["initialValue"]}),
                 cases[i].expected);
@@ -356,9 +344,7 @@ TEST_F(ObjectModelCommandsTest, SettingAVariableKeepsWhatIsNotGiven) {
       {{"--domain", "Finance", "VatRate", "--kind", "variable"}, "", {"variable", "real", 20.0, 19.6}},
   };
   for (const auto& c : cases) {
-    Arguments arguments{"variable", "set"};
-    arguments.insert(arguments.end(), c.arguments.begin(), c.arguments.end());
-    Do(arguments, c.input);
+    Do(Arguments{"variable", "set"} + c.arguments, c.input);
     const json variables = Json({"variable", "list", c.arguments[0], c.arguments[1]});
     const std::string name = c.arguments[2] == "attempts" ? "Attempts" : c.arguments[2];
     const json found = Json({"variable", "get", c.arguments[0], c.arguments[1], name});
@@ -391,56 +377,46 @@ TEST_F(ObjectModelCommandsTest, VariablesAreResetCopiedAndDeleted) {
 
 // ---- Refusals
 
-struct Refused {
-  const char* command;
-  const char* input;
-  std::string english;
-  std::string french;
-};
-
 TEST_F(ObjectModelCommandsTest, TheComponentsRefusalsAreNumberedInBothLanguages) {
-  const Refused cases[] = {
-      {"domain create Sales", "", "error -2147219904, Domaine:Validate: This Domain already exists",
-       "error -2147219904, Domaine:Validate: Ce Domaine est déjà présent"},
-      {"domain create ''", "", "error -2147219903, Domaines:NewDomain: Enter domain name",
-       "error -2147219903, Domaines:NewDomain: Renseigner le nom du domaine"},
-      {"domain delete Sales", "",
-       "error -2147219902, Domaines:DeleteDomain: This domain content variables or scenarios",
-       "error -2147219902, Domaines:DeleteDomain: Ce domaine contient des variables ou des scénarios"},
-      {"scenario delete Night", "",
-       "error -2147219802, Scenarios:DeleteScenario: This scenario content variables or processes",
-       "error -2147219802, Scenarios:DeleteScenario: Ce scénario contient des variables ou des traitements"},
-      {"user create alice --permission 1", "k9x\n", "error -2147220500, User:Validate: User already exists",
-       "error -2147220500, User:Validate: Cet utilisateur existe déjà..."},
-      {"user create carol --permission 1", "k9x\nk9y\n",
-       "error -2147220502, User:NewUser: Please confirm your password",
-       "error -2147220502, User:NewUser: Veuillez confirmer votre Mot de passe"},
-      {"user create carol --permission 2", "k9x\n",
-       "error -2147220501, User:Permission Property Let: You don't have the permission ...",
-       "error -2147220501, User:Permission Property Let: Permission Incorrecte"},
-      {"user check alice", "k9x\n", "error -2147220504, User:Update: Incorrect password",
-       "error -2147220504, User:Update: Mot de passe Incorrect"},
-      {"user update alice --password", "k9x\nk9y\n", "error -2147220504, User:Update: Incorrect password",
-       "error -2147220504, User:Update: Mot de passe Incorrect"},
-      {"variable create --domain Sales Region x", "",
-       "error -2147220001, Variable:Validate: This variable already exists",
-       "error -2147220001, Variable:Validate: Cette variable est déjà présente"},
-      {"variable create --domain Sales A(1)", "",
-       "error -2147220000, Variables:NewVariable: Enter variable name",
-       "error -2147220000, Variables:NewVariable: Renseigner le nom de la variable"},
-      {"variable set --domain Sales Invoices many", "",
-       "error -2147220002, Variable:Value Property Let: Incorrect value",
-       "error -2147220002, Variable:Value Property Let: Valeur incorrecte"},
-      {"variable set --domain Sales Invoices 4294967296", "", "error 6, MOXEL: Overflow",
-       "error 6, MOXEL: Overflow"},
-      {"variable duplicate --domain Sales Region Printed", "",
-       "error -2147220001, Variable:Duplicate: This variable already exists",
-       "error -2147220001, Variable:Duplicate: Cette variable est déjà présente"},
+  const struct {
+    const char *command, *input;
+    std::string where, english, french;
+  } cases[] = {
+      {"domain create Sales", "", "-2147219904, Domaine:Validate", "This Domain already exists",
+       "Ce Domaine est déjà présent"},
+      {"domain create ''", "", "-2147219903, Domaines:NewDomain", "Enter domain name",
+       "Renseigner le nom du domaine"},
+      {"domain delete Sales", "", "-2147219902, Domaines:DeleteDomain",
+       "This domain content variables or scenarios", "Ce domaine contient des variables ou des scénarios"},
+      {"scenario delete Night", "", "-2147219802, Scenarios:DeleteScenario",
+       "This scenario content variables or processes",
+       "Ce scénario contient des variables ou des traitements"},
+      {"user create alice --permission 1", "k9x\n", "-2147220500, User:Validate", "User already exists",
+       "Cet utilisateur existe déjà..."},
+      {"user create carol --permission 1", "k9x\nk9y\n", "-2147220502, User:NewUser",
+       "Please confirm your password", "Veuillez confirmer votre Mot de passe"},
+      {"user create carol --permission 2", "k9x\n", "-2147220501, User:Permission Property Let",
+       "You don't have the permission ...", "Permission Incorrecte"},
+      {"user check alice", "k9x\n", "-2147220504, User:Update", "Incorrect password",
+       "Mot de passe Incorrect"},
+      {"user update alice --password", "k9x\nk9y\n", "-2147220504, User:Update", "Incorrect password",
+       "Mot de passe Incorrect"},
+      {"variable create --domain Sales Region x", "", "-2147220001, Variable:Validate",
+       "This variable already exists", "Cette variable est déjà présente"},
+      {"variable create --domain Sales A(1)", "", "-2147220000, Variables:NewVariable", "Enter variable name",
+       "Renseigner le nom de la variable"},
+      {"variable set --domain Sales Invoices many", "", "-2147220002, Variable:Value Property Let",
+       "Incorrect value", "Valeur incorrecte"},
+      {"variable set --domain Sales Invoices 4294967296", "", "6, MOXEL", "Overflow", "Overflow"},
+      {"variable duplicate --domain Sales Region Printed", "", "-2147220001, Variable:Duplicate",
+       "This variable already exists", "Cette variable est déjà présente"},
   };
   const std::string before = Export("Domain") + Export("Scenarios") + Export("User");
-  for (const Refused& c : cases) ExpectFailure(Moxel(Words(c.command), c.input), 1, c.english);
+  for (const auto& c : cases)
+    ExpectFailure(Moxel(Words(c.command), c.input), 1, "error " + c.where + ": " + c.english);
   Import(std::string(kProduct) + "Configuration]\n\"Lang\"=dword:00000000\n");
-  for (const Refused& c : cases) ExpectFailure(Moxel(Words(c.command), c.input), 1, c.french);
+  for (const auto& c : cases)
+    ExpectFailure(Moxel(Words(c.command), c.input), 1, "error " + c.where + ": " + c.french);
   EXPECT_EQ(Export("Domain") + Export("Scenarios") + Export("User"), before);
 }
 
@@ -489,28 +465,15 @@ TEST_F(ObjectModelCommandsTest, ALanguageThatIsNoNumberIsReported) {
 }
 
 TEST_F(ObjectModelCommandsTest, WrongUsageIsRefused) {
-  for (const char* command : {"domain",
-                              "domain show",
-                              "domain update Sales",
-                              "scenario reset Night --mode some",
-                              "task reset Night",
-                              "task reset Night Load --state 1",
-                              "user create carol",
-                              "user create carol --permission x",
-                              "user create carol --permission 70000",
-                              "user update alice",
-                              "user check alice secret",
-                              "variable list",
-                              "variable get Region",
-                              "variable get --domain Sales",
-                              "variable get --domain Sales --scenario Night Region",
-                              "variable get --domain Sales Region Other",
-                              "variable get --domain Sales Region --bogus",
-                              "variable set --domain Sales Region",
-                              "variable create --domain Sales X --type integer",
-                              "variable set --domain Sales MailPassword k9x",
-                              "variable set --domain Sales MailPassword --init k9x",
-                              "variable set --domain Sales MailPassword --type text"}) {
+  std::istringstream commands(R"(domain; domain show; domain update Sales; scenario reset Night --mode some;
+      task reset Night; task reset Night Load --state 1; user create carol; user create carol --permission x;
+      user create carol --permission 70000; user update alice; user check alice secret; variable list;
+      variable get Region; variable get --domain Sales; variable get --domain Sales --scenario Night Region;
+      variable get --domain Sales Region Other; variable get --domain Sales Region --bogus;
+      variable set --domain Sales Region; variable create --domain Sales X --type integer;
+      variable set --domain Sales MailPassword k9x; variable set --domain Sales MailPassword --init k9x;
+      variable set --domain Sales MailPassword --type text)");
+  for (std::string command; std::getline(commands, command, ';');) {
     const ToolRun run = Moxel(Words(command), "k9x\n");
     EXPECT_EQ(run.exit_code, 2) << command << run.err;
     EXPECT_EQ(run.out, "");
@@ -527,18 +490,11 @@ TEST_F(ObjectModelCommandsTest, PasswordsAreNeitherShownNorKeptInClear) {
   // A real constant right behind them: the component answers their initial value for its own.
   for (const char* owner : {"Domain\\Sales", "Scenarios\\Night"})
     Import(std::string(kProduct) + owner + "\\Var\\Keyed]\n\"Type\"=dword:00000006\n\"V/C\"=\"C\"\n");
-  const std::vector<Arguments> commands = {{"tree"},
-                                           {"user", "list"},
-                                           {"domain", "list"},
-                                           {"domain", "show", "Sales"},
-                                           {"scenario", "show", "Night"},
-                                           {"variable", "list", "--domain", "Sales"},
-                                           {"variable", "list", "--scenario", "Night"}};
-  for (Arguments arguments : commands)
-    for (const char* form : {"", "--json"}) {
-      if (*form) arguments.push_back(form);
-      EXPECT_EQ(Do(arguments).find(secret), std::string::npos) << ::testing::PrintToString(arguments);
-    }
+  for (const std::string line :
+       {"tree", "user list", "domain list", "domain show Sales", "scenario show Night",
+        "variable list --domain Sales", "variable list --scenario Night"})
+    for (const char* form : {"", " --json"})
+      EXPECT_EQ(Do(Words(line + form)).find(secret), std::string::npos) << line << form;
   Do({"variable", "duplicate", "--domain", "Sales", "Keyed", "Copy"});
   EXPECT_EQ(Export().find(secret), std::string::npos);
   EXPECT_EQ(Do({"variable", "get", "--domain", "Sales", "Key"}), secret + "\n");
@@ -547,10 +503,8 @@ TEST_F(ObjectModelCommandsTest, PasswordsAreNeitherShownNorKeptInClear) {
   Do({"user", "update", "carol", "--password"}, secret + "\n" + secret + "2\n" + secret + "2");
   Do({"variable", "set", "--domain", "Sales", "Key"}, secret + "3\n" + secret + "4");
   std::string kept;
-  for (const auto& entry : std::filesystem::directory_iterator(folder())) {
-    std::ifstream bytes(entry.path(), std::ios::binary);
-    kept.append(std::istreambuf_iterator(bytes), {});
-  }
+  for (const auto& entry : std::filesystem::directory_iterator(folder()))
+    kept += tool::ReadFile(entry.path());
   EXPECT_NE(kept.find("carol"), std::string::npos);
   std::string wide;
   for (const char c : secret) wide += {c, '\0'};

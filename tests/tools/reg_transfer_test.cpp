@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -96,9 +95,7 @@ TEST_F(RegTransferTest, AnImportThatFailsHalfwayLeavesNothingBehind) {
 }
 
 TEST_F(RegTransferTest, TheExampleConfigurationIsHeldAsItSays) {
-  const std::filesystem::path here(__FILE__);
-  const RegDocument example = ReadRegFile(
-      ReadFile(here.parent_path().parent_path().parent_path() / "examples" / "configuration.reg"));
+  const RegDocument example = ReadRegFile(ReadFile(MOXEL_EXAMPLES "/configuration.reg"));
   ImportDocument(example);
   EXPECT_EQ(Held(ProductRoot()), example);
 }

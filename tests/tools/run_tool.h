@@ -16,6 +16,11 @@ namespace moxel::test {
 
 using Arguments = std::vector<std::string>;
 
+inline Arguments operator+(Arguments left, const Arguments& right) {
+  left.insert(left.end(), right.begin(), right.end());
+  return left;
+}
+
 // A command line's arguments: '' is an empty one.
 inline Arguments Words(const std::string& line) {
   std::istringstream in(line);

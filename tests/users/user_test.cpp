@@ -23,8 +23,7 @@ Variant Complement(const std::string& plain) { return FromAnsi(StoredPassword(pl
 
 // A user as the loaders make one: nothing is written.
 ObjectPtr<User> Loaded(const std::u16string& key, const Variant& scrambled, std::int16_t permission = 0) {
-  ObjectPtr<User> user = User::Create();
-  user->key = key;
+  ObjectPtr<User> user = Keyed<User>(key);
   user->SetPasswordCrypted(scrambled);
   user->SetPermission(permission);
   return user;

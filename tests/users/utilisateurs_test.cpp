@@ -15,12 +15,6 @@ const Failure kUserAlreadyExist{MXUserError_UserAlreadyExist, u"User:Validate"};
 
 class UtilisateursTest : public ProductTest {
  protected:
-  static ObjectPtr<User> Named(const std::u16string& key) {
-    ObjectPtr<User> user = User::Create();
-    user->key = key;
-    return user;
-  }
-
   ObjectPtr<Utilisateurs> users_ = Utilisateurs::Create();
 };
 
@@ -66,7 +60,7 @@ TEST_F(UtilisateursTest, RefusalsComeInOrderAndLeaveEverythingAsItWas) {
 }
 
 TEST_F(UtilisateursTest, ANameInMemoryOnlyIsWrittenBeforeItIsRefused) {
-  ObjectPtr<User> user = Named(u"Ann");
+  ObjectPtr<User> user = Keyed<User>(u"Ann");
   users_->Add(*user);
   user->key = u"After";
   EXPECT_EQ(users_->Item(u"ann").get(), user.get()) << "filed under the name at that moment";
@@ -107,7 +101,7 @@ TEST_F(UtilisateursTest, DeletingAUserClearsItsNameFromAList) {
   for (const auto& c : cases) {
     RegDeleteKeyA(HKEY_LOCAL_MACHINE, AbsolutePath("Scenarios\\S\\User").c_str());
     Configure("Scenarios\\S\\User  " + c.list);
-    EXPECT_EQ(users_->DeleteUser(*Named(c.user)), VARIANT_FALSE) << c.story;
+    EXPECT_EQ(users_->DeleteUser(*Keyed<User>(c.user)), VARIANT_FALSE) << c.story;
     EXPECT_EQ(ConfigurationAt("Scenarios\\S\\User"), Tidy("Scenarios\\S\\User  " + c.left)) << c.story;
   }
 }
@@ -124,7 +118,7 @@ TEST_F(UtilisateursTest, EveryListBelowTheScenariosIsCleared) {
   auto values = [](const std::string& path) { return ReadRecord(path).size(); };
   for (const auto& paths : {cleared, kept})
     for (const std::string& path : paths) Configure(path + "  1=Ann  2=Bob");
-  EXPECT_EQ(users_->DeleteUser(*Named(u"Ann")), VARIANT_FALSE);
+  EXPECT_EQ(users_->DeleteUser(*Keyed<User>(u"Ann")), VARIANT_FALSE);
   for (const std::string& path : cleared) EXPECT_EQ(values(path), 1u) << path;
   for (const std::string& path : kept) EXPECT_EQ(values(path), 2u) << path;
 }

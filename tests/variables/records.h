@@ -20,6 +20,14 @@ namespace moxel::test {
 
 inline constexpr std::int32_t kApplication = static_cast<std::int32_t>(0x80040000);
 
+// An object of the component with the name given; nothing is written.
+template <class Object>
+ObjectPtr<Object> Keyed(std::u16string_view name) {
+  ObjectPtr<Object> object = Object::Create();
+  object->key = name;
+  return object;
+}
+
 // A failure, or the absence of one (number 0).
 struct Failure {
   std::int32_t number = 0;

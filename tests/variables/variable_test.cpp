@@ -25,11 +25,6 @@ const Failure kInitializeFailed{kApplication + 1507, u"Variable:Initialize"};
 
 class VariableTest : public ProductTest {
  protected:
-  static ObjectPtr<Variable> Named(const std::u16string& key) {
-    ObjectPtr<Variable> variable = Variable::Create();
-    variable->key = key;
-    return variable;
-  }
   static void Forget(const std::string& path) {
     RegDeleteKeyA(HKEY_LOCAL_MACHINE, AbsolutePath(path).c_str());
   }
@@ -187,7 +182,7 @@ TEST_F(VariableTest, EveryDataTypeHasItsStoredForm) {
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(std::to_string(c.type) + " " + Shown(c.value) + " " + Shown(c.init));
-    const ObjectPtr<Variable> variable = Named(u"X");
+    const ObjectPtr<Variable> variable = Keyed<Variable>(u"X");
     EXPECT_EQ(variable->Update(c.kind, c.type, c.value, c.init, &sales_), VARIANT_TRUE);
     EXPECT_EQ(ReadRecord("Domain\\Sales\\Var\\X"), (Record{{"Value", StoredFrom(c.stored)},
                                                            {"Init", StoredFrom(c.stored_init)},
@@ -227,7 +222,7 @@ TEST_F(VariableTest, TheOwnersInterfaceOrASuffixedNameDecidesWhereAVariableLies)
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.folder + " " + Shown(c.name));
-    const ObjectPtr<Variable> variable = Named(u"X");
+    const ObjectPtr<Variable> variable = Keyed<Variable>(u"X");
     EXPECT_EQ(variable->Update1(u"V", kAlpha, u"value", u"init", c.owner, c.name), VARIANT_TRUE);
     const Record written = ReadRecord(c.folder + "X");
     EXPECT_EQ(written.size(), 4u);
@@ -242,14 +237,14 @@ TEST_F(VariableTest, TheOwnersInterfaceOrASuffixedNameDecidesWhereAVariableLies)
     EXPECT_EQ(ReadRecord(c.folder + "New").at(0).second, StoredText("init"));
     for (const char* name : {"X", "Copy", "New"}) Forget(c.folder + name);
   }
-  const ObjectPtr<Variable> variable = Named(u"X");
+  const ObjectPtr<Variable> variable = Keyed<Variable>(u"X");
   auto update = [&] { variable->Update1(u"V", kAlpha, u"x", u"y", &night_, Variant::Null()); };
   EXPECT_EQ(FailureOf(update), Runtime(94));
   EXPECT_EQ(FieldsOf(*variable), "empty 0 empty empty");
 }
 
 TEST_F(VariableTest, AnOwnerThatCannotSayItsName) {
-  const ObjectPtr<Variable> variable = Named(u"X");
+  const ObjectPtr<Variable> variable = Keyed<Variable>(u"X");
   variable->SetVarType(u"C");  // the owner is asked before the kind is looked at
   for (SCODE number : {kApplication + 4711, static_cast<SCODE>(0x800A0009)}) {
     sales_.Fail(DISP_E_EXCEPTION, number);
@@ -290,7 +285,7 @@ TEST_F(VariableTest, AFailureLeavesWhatWasDoneBeforeIt) {
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(std::to_string(c.type) + " " + Shown(c.value).substr(0, 40));
-    const ObjectPtr<Variable> variable = Named(u"X");
+    const ObjectPtr<Variable> variable = Keyed<Variable>(u"X");
     auto update = [&] { variable->Update(c.kind, c.type, c.value, c.init, nullptr); };
     EXPECT_EQ(FailureOf(update).number, c.number);
     EXPECT_EQ(ConfigurationAt("X"), Tidy(c.record));
@@ -303,7 +298,7 @@ TEST_F(VariableTest, AFailureLeavesWhatWasDoneBeforeIt) {
 }
 
 TEST_F(VariableTest, InitializeReportsEveryFailureAsItsOwn) {
-  const ObjectPtr<Variable> variable = Named(u"X");
+  const ObjectPtr<Variable> variable = Keyed<Variable>(u"X");
   variable->Update(u"C", kNum, u"1", u"3000000000", nullptr);
   variable->SetVarType(u"V");  // an initial value set while this was a constant was never tested
   EXPECT_EQ(FailureOf([&] { variable->Initialize(&sales_); }), kInitializeFailed);
@@ -316,7 +311,7 @@ TEST_F(VariableTest, InitializeReportsEveryFailureAsItsOwn) {
 
 TEST_F(VariableTest, ANameThatExistsIsRefusedAndLeftAlone) {
   Configure("Domain\\Sales\\Var\\Taken  Comment=mine");
-  const ObjectPtr<Variable> variable = Named(u"taken");
+  const ObjectPtr<Variable> variable = Keyed<Variable>(u"taken");
   variable->SetVarType(u"V");
   auto validate = [&] { variable->Validate(&sales_); };
   EXPECT_EQ(FailureOf(validate), (Failure{kApplication + 1503, u"Variable:Validate"}));
@@ -329,7 +324,7 @@ TEST_F(VariableTest, ANameThatExistsIsRefusedAndLeftAlone) {
 
 TEST_F(VariableTest, ARegistryThatRefusesToWriteIsNoFailure) {
   std::ofstream(file()) << "this is no registry";
-  ObjectPtr<Variable> variable = Named(u"X");
+  ObjectPtr<Variable> variable = Keyed<Variable>(u"X");
   EXPECT_EQ(variable->Update(u"V", kAlpha, u"x", u"y", &sales_), VARIANT_TRUE);
   EXPECT_EQ(variable->Update1(u"V", kReal, 1.0, 2.0, nullptr, u"A_d"), VARIANT_TRUE);
   EXPECT_EQ(variable->Initialize(&sales_), VARIANT_TRUE);

@@ -2,40 +2,11 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
-#include <deque>
-#include <numeric>
 
 #include "tests/support/registry_access.h"
 
 namespace moxel::test {
 namespace {
-
-std::string Digits(int number) { return std::to_string(number); }
-
-// What threads answer that work at the same time.
-std::string InThreads(int count, const std::function<std::string(int)>& work) {
-  std::deque<std::string> answers;
-  std::deque<std::thread> threads;
-  for (int i = 0; i < count; ++i)
-    threads.emplace_back([&work, i, &answer = answers.emplace_back()] { answer = work(i); });
-  for (auto& thread : threads) thread.join();
-  return std::accumulate(answers.begin(), answers.end(), std::string());
-}
-
-// The same of processes of two threads each.
-std::string InProcesses(int count, const std::function<std::string(int)>& work) {
-  Pipe gate;
-  std::deque<Child> children;
-  for (int process = 0; process < count; ++process) {
-    children.emplace_back([&, process] {
-      return gate.Rest(), InThreads(2, [&](int thread) { return work(process * 2 + thread); });
-    });
-  }
-  gate.CloseWriting();
-  std::string all;
-  for (auto& child : children) all += child.Answer();
-  return all;
-}
 
 std::string SeenByAnother(HKEY key) {
   return Child([key] { return Names(kSubkeys, key) + Names(kValues, key); }).Answer();
@@ -46,11 +17,14 @@ using RegistrySharing = RegistryKeyTest;
 TEST_F(RegistrySharing, ManyProcessesAndThreadsMayCreateTheFileAtTheSameMoment) {
   for (int round = 0; round < 8; ++round) {
     ::setenv("MOXEL_REGISTRY", (folder() / Digits(round)).c_str(), 1);
-    std::string answers = InProcesses(6, [](int me) {
-      Key own = Create(kRoot, "P\\" + Digits(me));
-      int n = 0;
-      while (n < 30 && Set(own, "n", Digits(n)) == 0 && Get(own, "n") == Digits(n)) ++n;
-      return Text({own.answer, n});
+    std::string answers = AllAtOnce(kProcesses, 6, [](int process) {
+      return AllAtOnce(kThreads, 2, [process](int thread) {
+        const int me = process * 2 + thread;
+        Key own = Create(kRoot, "P\\" + Digits(me));
+        int n = 0;
+        while (n < 30 && Set(own, "n", Digits(n)) == 0 && Get(own, "n") == Digits(n)) ++n;
+        return Text({own.answer, n});
+      });
     });
     Answers expected;
     for (int me = 0; me < 12; ++me) expected.insert(expected.end(), {0, 30});
@@ -72,7 +46,7 @@ TEST_F(RegistrySharing, BothSidesOfAForkGoOn) {
   };
   Child family([&] {
     std::atomic<bool> stop = false;
-    return InThreads(4, [&](int me) {
+    return AllAtOnce(kThreads, 4, [&](int me) {
       std::string answer;
       for (int n = 1; me < 3 && !stop; ++n) answer += use("busy" + Digits(me), Digits(n));
       for (int round = 0; me == 3 && round < 40; ++round) {
@@ -80,7 +54,7 @@ TEST_F(RegistrySharing, BothSidesOfAForkGoOn) {
         auto in_thread = [&](int) {
           return use("thread" + number) + Child([&] { return use("grandchild" + number); }).Answer();
         };
-        Child child([&] { return use("child" + number) + InThreads(3, in_thread); });
+        Child child([&] { return use("child" + number) + AllAtOnce(kThreads, 3, in_thread); });
         answer += use("parent" + number) + child.Answer();
       }
       stop = stop || me == 3;
@@ -154,7 +128,7 @@ TEST_F(RegistryTransaction, AWriterThatDoesNotFinishHoldsUpWritersForATimeAndRea
     EXPECT_EQ(Create(kRoot, kPath, KEY_READ).answer, 0);
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
     auto named = [](LSTATUS answer) { return Digits(answer) + (CauseNamesTheFile() ? " named " : " "); };
-    std::string answers = InThreads(2, [&](int writer) {
+    std::string answers = AllAtOnce(kThreads, 2, [&](int writer) {
       if (writer == 0) return named(Set(key_, "v", "3"));
       const std::string first = named(RegFileBegin());
       return first + named(RegFileRestore(backup.c_str()));
