@@ -65,6 +65,10 @@ LSTATUS Batch() {
   return answer;
 }
 
+std::string BackupPath() { return RegFilePath() + std::string(".backup"); }
+LSTATUS BackUp() { return RegFileBackup(BackupPath().c_str()); }
+LSTATUS Restore() { return RegFileRestore(BackupPath().c_str()); }
+
 using Action = std::function<LSTATUS(std::string& read)>;
 
 // What two programs do, one after the other: the second goes on with a connection of its own.
@@ -72,19 +76,23 @@ const std::vector<Action> kPrograms[] = {
     {[](auto&) { return Create(kRoot, "S\\a\\b").answer; },
      [](auto&) { return SetBelow("S\\a", "left", 5000); }, [](auto&) { return SetBelow("S\\a", "v", 0); },
      [](auto&) { return Create(kRoot, "S\\c").answer; }, [](auto& read) { return Describe(kRoot, read); },
-     [](auto&) { return Batch(); }, [](auto& read) { return Describe(kRoot, read); }},
+     [](auto&) { return Batch(); }, [](auto& read) { return Describe(kRoot, read); },
+     [](auto&) { return BackUp(); }},
     {[](auto& read) { return Describe(kRoot, read); }, [](auto&) { return SetBelow("S\\a", "left", 30); },
      [](auto&) { return RemoveBelow("S\\a", "v"); }, [](auto&) { return Remove(kSubkeys, kRoot, "S\\a\\b"); },
      [](auto&) { return SetBelow("S\\c", "large", 60000); }, [](auto&) { return Batch(); },
-     [](auto&) { return RegFileCheck(); }, [](auto& read) { return Describe(kRoot, read); }}};
+     [](auto&) { return RegFileCheck(); }, [](auto& read) { return Describe(kRoot, read); },
+     [](auto&) { return Restore(); }, [](auto& read) { return Describe(kRoot, read); },
+     [](auto&) { return SetBelow("S\\c", "last", 40); }, [](auto&) { return BackUp(); }}};
 
-constexpr std::size_t kCheckStep = 13;
+constexpr std::size_t kCheckStep = 14, kRestoreStep = 16;
 
 struct Outcome {
   std::vector<bool> done;         // the steps that succeeded
   std::vector<std::string> read;  // what they read
   std::set<LSTATUS> codes;
-  std::string after;  // what is there at last
+  std::string after;   // what is there at last
+  std::string backup;  // what the last backup holds, if one was made
 };
 
 // Runs the programs, or those steps of them that are wanted, while the fault lasts. The last connection that
@@ -100,7 +108,7 @@ Outcome RunPrograms(const Fault& fault, const std::vector<bool>* wanted = nullpt
         const bool run = wanted == nullptr || (*wanted)[number];
         const LSTATUS answer = run ? step(read) : 2;
         // To the check, a page that cannot be read is damage.
-        if (answer != 1009 || number != kCheckStep) outcome.codes.insert(answer);
+        if (answer != 1009 || (number != kCheckStep && number != kRestoreStep)) outcome.codes.insert(answer);
         outcome.done.push_back(answer == 0);
         outcome.read.push_back(answer == 0 ? read : "");
       }
@@ -108,6 +116,11 @@ Outcome RunPrograms(const Fault& fault, const std::vector<bool>* wanted = nullpt
         LiftFault();
         EXPECT_EQ(Create(kRoot, "after").answer, 0) << RegFileCause();
         EXPECT_EQ(Describe(kRoot, outcome.after), 0) << RegFileCause();
+        const std::string file = RegFilePath();
+        UseFile(BackupPath());
+        EXPECT_EQ(RegFileCheck(), 0) << RegFileCause();
+        EXPECT_EQ(Describe(kRoot, outcome.backup), 0) << RegFileCause();
+        UseFile(file);
       }
     });
   }
@@ -169,7 +182,8 @@ TEST_F(Faults, EachOperationInTurnFailsAndOnlyItsCallDoes) {
     for (int variant = 0; variant < 4; ++variant) {
       const bool lasts = variant % 2 == 1, left_behind = variant >= 2;
       auto use_new_file = [&](const std::string& name) {
-        for (const char* end : {"", "-wal", "-shm", "-journal"}) fs::remove((folder() / name).string() + end);
+        for (const char* end : {"", "-wal", "-shm", ".backup", ".backup-wal", ".backup-shm"})
+          fs::remove((folder() / name).string() + end);
         if (left_behind) CopyFiles(folder() / "left.db", folder() / name);
         UseFile(folder() / name);
       };
@@ -193,6 +207,7 @@ TEST_F(Faults, EachOperationInTurnFailsAndOnlyItsCallDoes) {
         if (twin.done.empty()) use_new_file("twin"), twin = RunPrograms({}, &outcome.done);
         EXPECT_EQ(outcome.read, twin.read);
         EXPECT_EQ(outcome.after, twin.after);
+        EXPECT_EQ(outcome.backup, twin.backup);
         EXPECT_EQ(outcome.done, twin.done);
       }
     }
